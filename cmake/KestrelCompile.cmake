@@ -1,0 +1,34 @@
+# SPDX-License-Identifier: Apache-2.0
+# Compiler and linker settings: kestrel_warnings and kestrel_sanitizers for every target of the
+# project, kestrel_ship for what is loaded on a device.
+
+add_library(kestrel_warnings INTERFACE)
+target_compile_options(kestrel_warnings INTERFACE
+  -Wall -Wextra -Wshadow -Wconversion -Werror
+  # C has no overloads, so g++ and gcc spell the same warning differently.
+  $<$<COMPILE_LANGUAGE:CXX>:-Wmissing-declarations>
+  $<$<COMPILE_LANGUAGE:C>:-Wmissing-prototypes>)
+
+add_library(kestrel_sanitizers INTERFACE)
+if(KESTREL_SANITIZE)
+  target_compile_options(kestrel_sanitizers INTERFACE
+    -fsanitize=${KESTREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  target_link_options(kestrel_sanitizers INTERFACE -fsanitize=${KESTREL_SANITIZE})
+endif()
+
+add_library(kestrel_ship INTERFACE)
+target_compile_options(kestrel_ship INTERFACE
+  -fvisibility=hidden -fvisibility-inlines-hidden
+  -fstack-protector-strong
+  -ffunction-sections -fdata-sections
+  # Formats and addresses belong to the caller, and calls must leave under their plain names:
+  # fortified variants check %n themselves and call __vfprintf_chk and the like.
+  -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=0
+  # A unique symbol would pin the library in memory for good, and dlclose must unload it.
+  $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
+target_link_options(kestrel_ship INTERFACE
+  -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,defs -Wl,--as-needed -Wl,--gc-sections)
+if(KESTREL_SANITIZE)
+  # The sanitizers' own symbols are only there when the program starts.
+  target_link_options(kestrel_ship INTERFACE -Wl,-z,undefs)
+endif()
