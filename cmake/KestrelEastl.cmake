@@ -1,4 +1,70 @@
 # SPDX-License-Identifier: Apache-2.0
-# kestrel_containers: the eastl:: names, from EASTL where it is installed or from libs/eastl-std.
+# kestrel_containers: the eastl:: names, from an installed EASTL or from libs/eastl-std.
+# KESTREL_EASTL_SUPPORT_SOURCES: what the library adds for an installed EASTL, else empty.
+
+# kestrel_find_part(RESULT PACKAGE HEADER)
+#
+# Finds one of EASTL, EABase and EAStdC. RESULT becomes a target to link, or empty. A package that
+# comes without CMake files gets a target kestrel_PACKAGE made from its header and library; EABase
+# is headers alone.
+function(kestrel_find_part result package header)
+  find_package(${package} CONFIG QUIET)
+  foreach(target ${package}::${package} ${package})
+    if(TARGET ${target})
+      set(${result} ${target} PARENT_SCOPE)
+      return()
+    endif()
+  endforeach()
+
+  set(hints HINTS "${${package}_ROOT}" "$ENV{${package}_ROOT}" "${EASTL_ROOT}" "$ENV{EASTL_ROOT}")
+  find_path(include_dir ${header} ${hints} PATH_SUFFIXES include include/Common NO_CACHE)
+  find_library(library ${package} ${hints} PATH_SUFFIXES lib NO_CACHE)
+  set(${result} "" PARENT_SCOPE)
+  if(include_dir AND (library OR package STREQUAL EABase))
+    add_library(kestrel_${package} INTERFACE)
+    target_include_directories(kestrel_${package} SYSTEM INTERFACE "${include_dir}")
+    if(library)
+      target_link_libraries(kestrel_${package} INTERFACE "${library}")
+    endif()
+    set(${result} kestrel_${package} PARENT_SCOPE)
+  endif()
+endfunction()
+
+if(NOT KESTREL_EASTL MATCHES "^(auto|system|std)$")
+  message(FATAL_ERROR " KESTREL_EASTL is \"${KESTREL_EASTL}\"; it can be auto, system or std.")
+endif()
+
+set(eastl "")
+set(eabase "")
+set(eastdc "")
+if(NOT KESTREL_EASTL STREQUAL std)
+  kestrel_find_part(eastl EASTL EASTL/string.h)
+  kestrel_find_part(eabase EABase EABase/eabase.h)
+  kestrel_find_part(eastdc EAStdC EAStdC/EASprintf.h)
+endif()
+# A package manager's target brings EABase along; headers found by themselves need it beside them.
+if(eastl STREQUAL kestrel_EASTL AND NOT eabase)
+  set(eastl "")
+endif()
+if(KESTREL_EASTL STREQUAL system AND NOT eastl)
+  # The leading space keeps CMake from breaking the line.
+  message(FATAL_ERROR " KESTREL_EASTL=system found no EASTL: install EASTL and EABase, set \
+EASTL_ROOT or CMAKE_PREFIX_PATH to where they are, or take -DKESTREL_EASTL=std.")
+endif()
+
 add_library(kestrel_containers INTERFACE)
-target_include_directories(kestrel_containers INTERFACE "${PROJECT_SOURCE_DIR}/libs/eastl-std/include")
+set(KESTREL_EASTL_SUPPORT_SOURCES "")
+if(eastl)
+  target_link_libraries(kestrel_containers INTERFACE ${eastl} ${eabase} ${eastdc})
+  set(KESTREL_EASTL_SUPPORT_SOURCES "${PROJECT_SOURCE_DIR}/src/core/eastl_support.cpp")
+  if(eastdc)
+    target_compile_definitions(kestrel_containers INTERFACE KESTREL_HAS_EASTDC)
+    message(STATUS "Containers: the system's EASTL (${eastl}) with EAStdC (${eastdc})")
+  else()
+    message(STATUS "Containers: the system's EASTL (${eastl}), without EAStdC")
+  endif()
+else()
+  target_include_directories(kestrel_containers INTERFACE
+    "${PROJECT_SOURCE_DIR}/libs/eastl-std/include")
+  message(STATUS "Containers: libs/eastl-std, over the C++ standard library")
+endif()
