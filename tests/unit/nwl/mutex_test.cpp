@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <string.h>
+
+#include <nwl/mutex>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+static_assert(sizeof(nwl::Mutex) == sizeof(pthread_mutex_t));
+static_assert(std::is_trivially_destructible_v<nwl::Mutex>);
+static_assert(!std::is_copy_constructible_v<nwl::Mutex>);
+static_assert(!std::is_copy_constructible_v<nwl::LockGuard>);
+
+// Compiles only when a mutex needs no code to run before it can be used.
+constexpr nwl::Mutex kNeedsNoConstruction;
+
+TEST(Mutex, HasDefaultAttributes) {
+  const pthread_mutex_t fresh = PTHREAD_MUTEX_INITIALIZER;
+  EXPECT_EQ(memcmp(static_cast<const void*>(&kNeedsNoConstruction), &fresh, sizeof fresh), 0);
+}
+
+TEST(Mutex, LocksAgainAfterUnlock) {
+  nwl::Mutex mutex;
+  mutex.lock();
+  mutex.unlock();
+  mutex.lock();
+  mutex.unlock();
+}
+
+TEST(Mutex, LetsOneThreadInAtATime) {
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 5000;
+  nwl::Mutex mutex;
+  int count = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < kRounds; ++round) {
+        const nwl::LockGuard guard(mutex);
+        ++count;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(count, kThreads * kRounds);
+}
+
+}  // namespace
