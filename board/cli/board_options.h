@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_BOARD_CLI_BOARD_OPTIONS_H
+#define KESTREL_BOARD_CLI_BOARD_OPTIONS_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/event_loop.h"
+#include "server/board.h"
+
+namespace CLI {
+class App;
+}
+
+namespace kestrel::board {
+
+/// What `run` and `start` say about the board that they are to make.
+struct BoardOptions {
+  std::string config;
+  std::vector<std::string> faults;
+
+  void AddTo(CLI::App& command);
+
+  /// Throws UsageError, with file, line and reason where the configuration is at fault.
+  std::unique_ptr<Board> MakeBoard(const std::string& name, EventLoop& loop) const;
+};
+
+}  // namespace kestrel::board
+
+#endif  // KESTREL_BOARD_CLI_BOARD_OPTIONS_H

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "cli/command_context.h"
+#include "cli/commands.h"
+#include "cli/program_arguments.h"
+#include "devices/device.h"
+#include "host/error.h"
+
+namespace {
+
+using kestrel::board::BoardError;
+using kestrel::board::CommandContext;
+using kestrel::board::DeviceKind;
+using kestrel::board::ProgramArguments;
+using kestrel::board::UsageError;
+
+constexpr int kUsageStatus = 2;
+
+constexpr char kExamples[] = R"(Examples:
+  kestrel-board run ./my-program           run a program on a board of its own
+  kestrel-board run --fault open=EACCES -- kestrelctl gpio get 4
+  kestrel-board start bench --config bench.toml
+  kestrel-board exec bench -- kestrelctl gpio set 4=high --hold 60 &
+  kestrel-board line 4                     what level has line 4?
+  kestrel-board line 7 high                drive line 7 from outside
+  kestrel-board show --json | jq .gpio
+  kestrel-board stop bench)";
+
+/// Puts what the parser says, which may take several lines, into one.
+std::string OneLine(std::string text) {
+  const size_t end = text.find('\n');
+  return end == std::string::npos ? text : text.substr(0, end);
+}
+
+/// Names the commands when the one that was given is none of them.
+void CheckCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
+  if (arguments.empty() || arguments.front()[0] == '-') {
+    return;
+  }
+  std::string known;
+  for (const CLI::App* command : app.get_subcommands(nullptr)) {
+    if (command->get_name() == arguments.front()) {
+      return;
+    }
+    known += (known.empty() ? "" : ", ") + command->get_name();
+  }
+  throw UsageError("there is no command '" + arguments.front() + "' (known: " + known + ")");
+}
+
+int Report(const std::string& reason, int status) {
+  std::cerr << "kestrel-board: " << reason << '\n';
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("A device without the device: runs programs that use libkestrel on any machine.",
+               "kestrel-board");
+  int exit_status = 0;
+  const CommandContext context;
+  ProgramArguments programs;
+  app.set_version_flag("--version", "kestrel-board " KESTREL_VERSION);
+  app.require_subcommand(1);
+  app.footer(kExamples);
+  kestrel::board::AddRunCommand(app, programs, exit_status);
+  kestrel::board::AddSharedBoardCommands(app, programs, context);
+  kestrel::board::AddInspectionCommands(app, context);
+  for (const DeviceKind& kind : kestrel::board::DeviceKinds()) {
+    kind.add_commands(app, context);
+  }
+  try {
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    CheckCommand(app, arguments);
+    programs.Cut(arguments);
+    // The parser takes them last first.
+    std::reverse(arguments.begin(), arguments.end());
+    app.parse(arguments);
+    return exit_status;
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) {
+      return app.exit(error);
+    }
+    return Report(OneLine(error.what()) + " (see kestrel-board --help)", kUsageStatus);
+  } catch (const BoardError& error) {
+    return Report(error.what(), error.status());
+  } catch (const std::exception& error) {
+    return Report(error.what(), 1);
+  }
+}

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "config/config_file.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "host/error.h"
+
+namespace kestrel::board {
+namespace {
+
+std::string ReadFile(const std::string& path) {
+  if (std::filesystem::is_directory(path)) {
+    throw UsageError(path + ": is a directory, not a configuration file");
+  }
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  if (!file || !(text << file.rdbuf() || file.eof())) {
+    ThrowErrno(path);
+  }
+  return text.str();
+}
+
+}  // namespace
+
+ConfigNode LoadConfigFile(const std::string& path) {
+  const std::string extension = std::filesystem::path(path).extension().string();
+  if (extension != ".toml" && extension != ".json") {
+    throw UsageError(path + ": a configuration file is named *.toml or *.json");
+  }
+  const std::string text = ReadFile(path);
+  return extension == ".toml" ? ParseToml(text) : ParseJson(text);
+}
+
+}  // namespace kestrel::board

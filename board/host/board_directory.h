@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_BOARD_HOST_BOARD_DIRECTORY_H
+#define KESTREL_BOARD_HOST_BOARD_DIRECTORY_H
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+#include "host/unique_fd.h"
+
+namespace kestrel::board {
+
+/// The folder of one running board: its socket and the lock that tells that it runs. The folders of
+/// a user's boards lie together in $KESTREL_BOARD_DIR, in kestrel-board under $XDG_RUNTIME_DIR, or
+/// in /tmp/kestrel-board-UID.
+class BoardDirectory {
+ public:
+  /// Takes the name for this process; what a board that was killed left under it is cleared away.
+  /// Throws UsageError for a name that no board can have or that is taken.
+  explicit BoardDirectory(const std::string& name);
+
+  /// Removes the folder, and the one around it when that is empty then and not the user's own. Only
+  /// the process that made the object does so, not a child that it forked.
+  ~BoardDirectory();
+  BoardDirectory(const BoardDirectory&) = delete;
+  BoardDirectory& operator=(const BoardDirectory&) = delete;
+
+  std::string SocketPath() const;
+
+  /// After a fork: from now on this process is the one that cleans up.
+  void Adopt();
+  /// After a fork: leaves cleaning up to the child.
+  void Disown() { owner_ = -1; }
+
+ private:
+  bool TryTake();
+
+  std::string path_;
+  UniqueFd lock_;
+  pid_t owner_ = -1;
+};
+
+/// The names of the boards that run, sorted.
+std::vector<std::string> RunningBoards();
+
+/// Waits until the board called `name` has gone.
+void WaitUntilStopped(const std::string& name);
+
+/// The socket of the board called `name`, whether it runs or not. Throws UsageError for a name that
+/// no board can have.
+std::string SocketPathOf(const std::string& name);
+
+}  // namespace kestrel::board
+
+#endif  // KESTREL_BOARD_HOST_BOARD_DIRECTORY_H

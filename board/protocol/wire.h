@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_BOARD_PROTOCOL_WIRE_H
+#define KESTREL_BOARD_PROTOCOL_WIRE_H
+
+#include <stdint.h>
+
+/// What the preloaded object, the board's server and the command line say to each other: messages
+/// over a sequenced-packet socket, of the same layout for 32-bit and 64-bit programs. A request
+/// carries one end of a socket pair, on which its reply comes back, so that threads and processes
+/// which share a descriptor never take each other's replies.
+namespace kestrel::board::wire {
+
+inline constexpr uint32_t kMagic = 0x4B425231;
+
+/// The largest payload of a message.
+inline constexpr uint32_t kPayloadLimit = 128 * 1024;
+
+enum class Operation : uint32_t {
+  kOpen = 1,     ///< number: open flags; payload: the path
+  kIoctl = 2,    ///< number: the request; payload: its argument's bytes
+  kClose = 3,    ///< asks whether closing the descriptor is to fail
+  kControl = 4,  ///< payload: a request of the command line as JSON
+};
+
+struct RequestHeader {
+  uint32_t magic = kMagic;
+  Operation operation{};
+  uint32_t number = 0;
+  uint32_t size = 0;  ///< bytes of payload that follow
+};
+static_assert(sizeof(RequestHeader) == 16);
+
+enum class Outcome : uint32_t {
+  kFailed = 0,    ///< the call fails with `error`
+  kDone = 1,      ///< the call returns `result`; the payload goes into its argument
+  kRedirect = 2,  ///< the path to be opened in place of the one asked for is the payload
+};
+
+struct ReplyHeader {
+  uint32_t magic = kMagic;
+  Outcome outcome = Outcome::kFailed;
+  int32_t result = 0;
+  int32_t error = 0;
+  uint32_t size = 0;               ///< bytes of payload that follow
+  int32_t descriptor_offset = -1;  ///< where in the argument a descriptor that comes along goes
+};
+static_assert(sizeof(ReplyHeader) == 24);
+
+/// Names of the environment variables through which a program finds its board.
+inline constexpr char kSocketVariable[] = "KESTREL_BOARD";
+/// Colon-separated paths that the board stands in for.
+inline constexpr char kPathsVariable[] = "KESTREL_BOARD_PATHS";
+
+}  // namespace kestrel::board::wire
+
+#endif  // KESTREL_BOARD_PROTOCOL_WIRE_H

@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/server.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "host/error.h"
+#include "protocol/descriptor_message.h"
+#include "protocol/exchange.h"
+
+namespace kestrel::board {
+namespace {
+
+using nlohmann::json;
+using wire::Operation;
+using wire::Outcome;
+using wire::ReplyHeader;
+
+UniqueFd Listen(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.size() >= sizeof address.sun_path) {
+    throw BoardError(path +
+                     ": longer than a socket's path may be; choose a shorter "
+                     "KESTREL_BOARD_DIR or board name");
+  }
+  strcpy(address.sun_path, path.c_str());
+  UniqueFd listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (!listener.valid() ||
+      bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      listen(listener.get(), SOMAXCONN) != 0) {
+    ThrowErrno(path);
+  }
+  return listener;
+}
+
+bool IsFromThisProcess(int connection) {
+  ucred peer{};
+  socklen_t length = sizeof peer;
+  return getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 &&
+         peer.pid == getpid();
+}
+
+void Fail(int reply_socket, int error) {
+  ReplyHeader header;
+  header.error = error;
+  wire::SendReply(reply_socket, header, nullptr, -1);
+}
+
+void Done(int reply_socket) {
+  ReplyHeader header;
+  header.outcome = Outcome::kDone;
+  wire::SendReply(reply_socket, header, nullptr, -1);
+}
+
+void Send(int reply_socket, Outcome outcome, const std::string& text) {
+  ReplyHeader header;
+  header.outcome = outcome;
+  header.size = static_cast<uint32_t>(text.size());
+  wire::SendReply(reply_socket, header, text.data(), -1);
+}
+
+json Refusal(const char* reason, int status) { return {{"error", reason}, {"status", status}}; }
+
+}  // namespace
+
+Server::Server(Board& board, EventLoop& loop, const std::string& socket_path,
+               std::function<void()> stop)
+    : board_(board),
+      loop_(loop),
+      socket_path_(socket_path),
+      stop_(std::move(stop)),
+      buffer_(wire::kPayloadLimit),
+      listener_(Listen(socket_path)) {
+  loop_.Watch(listener_.get(), [this] { AcceptAll(); });
+}
+
+Server::~Server() {
+  loop_.Unwatch(listener_.get());
+  for (const auto& [descriptor, connection] : connections_) {
+    loop_.Unwatch(descriptor);
+  }
+  unlink(socket_path_.c_str());
+}
+
+void Server::Add(UniqueFd socket) {
+  const int descriptor = socket.get();
+  connections_[descriptor].socket = std::move(socket);
+  loop_.Watch(descriptor, [this, descriptor] { Receive(descriptor); });
+}
+
+int Server::AcceptAll() {
+  int own = -1;
+  while (true) {
+    UniqueFd accepted(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (!accepted.valid()) {
+      return own;
+    }
+    own = IsFromThisProcess(accepted.get()) ? accepted.get() : own;
+    Add(std::move(accepted));
+  }
+}
+
+UniqueFd Server::ConnectToSelf(std::unique_ptr<Session> session) {
+  AcceptAll();
+  UniqueFd program_side(wire::Connect(socket_path_.c_str()));
+  if (!program_side.valid()) {
+    return program_side;
+  }
+  const int server_side = AcceptAll();
+  connections_.at(server_side).session = std::move(session);
+  return program_side;
+}
+
+void Server::EndClosedSessions() {
+  std::vector<pollfd> sockets;
+  for (const auto& [descriptor, connection] : connections_) {
+    sockets.push_back({descriptor, POLLRDHUP, 0});
+  }
+  poll(sockets.data(), sockets.size(), 0);
+  for (const pollfd& socket : sockets) {
+    if ((socket.revents & (POLLRDHUP | POLLHUP | POLLERR)) != 0) {
+      loop_.Unwatch(socket.fd);
+      connections_.erase(socket.fd);
+    }
+  }
+}
+
+void Server::Receive(int connection) {
+  // A program that closed a line and then asks for something must find the line free, although the
+  // two arrive on different sockets.
+  EndClosedSessions();
+  if (connections_.count(connection) == 0) {
+    return;
+  }
+  Message message;
+  wire::DescriptorMessage packet(&message.header, sizeof message.header, buffer_.data(),
+                                 buffer_.size());
+  const ssize_t received = packet.Receive(connection);
+  message.reply_socket = UniqueFd(packet.descriptor());
+  const ssize_t expected =
+      static_cast<ssize_t>(sizeof message.header) + static_cast<ssize_t>(message.header.size);
+  if (received != expected || message.header.magic != wire::kMagic ||
+      !message.reply_socket.valid()) {
+    return;
+  }
+  message.payload.assign(buffer_.begin(), buffer_.begin() + message.header.size);
+  Handle(connection, message);
+}
+
+void Server::Handle(int connection, const Message& message) {
+  switch (message.header.operation) {
+    case Operation::kOpen:
+      return HandleOpen(connection, message);
+    case Operation::kIoctl:
+      return HandleIoctl(connection, message);
+    case Operation::kClose:
+      return HandleClose(connection, message);
+    case Operation::kControl:
+      return HandleControl(message);
+  }
+  Fail(message.reply_socket.get(), ENOSYS);
+}
+
+void Server::HandleOpen(int connection, const Message& message) {
+  const std::string path(message.payload.begin(), message.payload.end());
+  const int fault = board_.faults().Next("open", path);
+  Device* device = board_.FindByPath(path);
+  if (fault != 0 || device == nullptr) {
+    return Fail(message.reply_socket.get(), fault != 0 ? fault : ENOENT);
+  }
+  OpenAnswer answer = device->Open(path, static_cast<int>(message.header.number));
+  if (answer.error != 0) {
+    return Fail(message.reply_socket.get(), answer.error);
+  }
+  if (!answer.redirect.empty()) {
+    return Send(message.reply_socket.get(), Outcome::kRedirect, answer.redirect);
+  }
+  connections_.at(connection).session = std::move(answer.session);
+  Done(message.reply_socket.get());
+}
+
+void Server::HandleIoctl(int connection, const Message& message) {
+  Session* session = connections_.at(connection).session.get();
+  const uint32_t request = message.header.number;
+  const int fault = board_.faults().Next("ioctl", RequestName(request));
+  if (fault != 0 || session == nullptr) {
+    return Fail(message.reply_socket.get(), fault != 0 ? fault : EBADF);
+  }
+  IoctlAnswer answer = session->Ioctl(request, message.payload);
+  if (answer.error != 0) {
+    return Fail(message.reply_socket.get(), answer.error);
+  }
+  UniqueFd made;
+  if (answer.session != nullptr) {
+    made = ConnectToSelf(std::move(answer.session));
+    if (!made.valid()) {
+      return Fail(message.reply_socket.get(), ENFILE);
+    }
+  }
+  ReplyHeader header;
+  header.outcome = Outcome::kDone;
+  header.result = answer.result;
+  header.size = static_cast<uint32_t>(answer.data.size());
+  header.descriptor_offset = answer.descriptor_offset;
+  wire::SendReply(message.reply_socket.get(), header, answer.data.data(), made.get());
+}
+
+void Server::HandleClose(int connection, const Message& message) {
+  const Session* session = connections_.at(connection).session.get();
+  const int fault = session == nullptr ? 0 : board_.faults().Next("close", session->Name());
+  if (fault != 0) {
+    return Fail(message.reply_socket.get(), fault);
+  }
+  Done(message.reply_socket.get());
+}
+
+void Server::HandleControl(const Message& message) {
+  json answer;
+  try {
+    const json request = json::parse(message.payload);
+    if (request.contains("stop")) {
+      stop_();
+      answer = {{"answer", true}};
+    } else {
+      answer = {{"answer", board_.Control(request)}};
+    }
+  } catch (const BoardError& error) {
+    answer = Refusal(error.what(), error.status());
+  } catch (const json::exception& error) {
+    answer = Refusal(error.what(), 1);
+  }
+  Send(message.reply_socket.get(), Outcome::kDone, answer.dump());
+}
+
+}  // namespace kestrel::board

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_BOARD_SERVER_SERVER_H
+#define KESTREL_BOARD_SERVER_SERVER_H
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/event_loop.h"
+#include "host/unique_fd.h"
+#include "protocol/wire.h"
+#include "server/board.h"
+
+namespace kestrel::board {
+
+/// Serves a board to the programs that run on it. Every descriptor that a program has of the board
+/// is one end of a connection to this server; the kernel closes the connection with its last copy,
+/// and that ends the session.
+class Server {
+ public:
+  /// Listens at `socket_path`. `stop` is called when the command line asks the board to stop.
+  Server(Board& board, EventLoop& loop, const std::string& socket_path, std::function<void()> stop);
+  ~Server();
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+ private:
+  struct Connection {
+    UniqueFd socket;
+    std::unique_ptr<Session> session;  ///< null until something has been opened
+  };
+  struct Message {
+    wire::RequestHeader header;
+    std::vector<uint8_t> payload;
+    UniqueFd reply_socket;
+  };
+
+  /// Accepts whoever is waiting. Returns the server's side of a connection that the server itself
+  /// made, if that was among them, and -1 otherwise.
+  int AcceptAll();
+  void Add(UniqueFd socket);
+  void Receive(int connection);
+  void EndClosedSessions();
+  void Handle(int connection, const Message& message);
+  void HandleOpen(int connection, const Message& message);
+  void HandleIoctl(int connection, const Message& message);
+  void HandleClose(int connection, const Message& message);
+  void HandleControl(const Message& message);
+
+  /// Makes a connection with `session` on the server's side and returns the program's side.
+  UniqueFd ConnectToSelf(std::unique_ptr<Session> session);
+
+  Board& board_;
+  EventLoop& loop_;
+  std::string socket_path_;
+  std::function<void()> stop_;
+  std::vector<uint8_t> buffer_;
+  UniqueFd listener_;
+  std::map<int, Connection> connections_;
+};
+
+}  // namespace kestrel::board
+
+#endif  // KESTREL_BOARD_SERVER_SERVER_H
