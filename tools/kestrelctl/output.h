@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_TOOLS_KESTRELCTL_OUTPUT_H
+#define KESTREL_TOOLS_KESTRELCTL_OUTPUT_H
+
+#include <string>
+
+namespace kestrelctl {
+
+/// Writes `text` to standard output at once. Returns false after reporting a failure.
+bool Print(const std::string& text);
+
+}  // namespace kestrelctl
+
+#endif  // KESTREL_TOOLS_KESTRELCTL_OUTPUT_H
