@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include "abi/elf_report.h"
+#include "install/eastl_prefix.h"
+#include "support/run_program.h"
+#include "support/temporary_directory.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using kestrel::test::ProgramResult;
+using kestrel::test::Require;
+using kestrel::test::RunProgram;
+
+std::set<std::string> FilesIn(const fs::path& directory) {
+  std::set<std::string> names;
+  for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
+    names.insert(entry.path().filename().string());
+  }
+  return names;
+}
+
+class InstalledLibrary : public testing::Test {
+ protected:
+  void SetUp() override {
+    Require({CMAKE_PROGRAM, "--install", KESTREL_BUILD_DIR, "--prefix", prefix_.path()});
+  }
+
+  fs::path Prefix() const { return prefix_.path(); }
+  fs::path LibraryDirectory() const { return Prefix() / KESTREL_LIBDIR; }
+
+  /// Runs a program and expects the one line that it logs.
+  void ExpectThatItLogs(const std::string& program, const std::string& text) const {
+    const ProgramResult result =
+        RunProgram({program}, {{"LD_LIBRARY_PATH", LibraryDirectory().string()}});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.standard_error, text);
+  }
+
+  /// Compiles with the flags that pkg-config gives for the prefix, and nothing else.
+  std::string BuildWithPkgConfig(const std::string& compiler, const std::string& source) const {
+    const std::string program = work_.path() + "/application";
+    Require({"sh", "-c",
+             "flags=$(PKG_CONFIG_PATH='" + (LibraryDirectory() / "pkgconfig").string() +
+                 "' pkg-config --cflags --libs kestrel) && " + compiler +
+                 " '" KESTREL_SOURCE_DIR "/tests/install/application/" + source + "' $flags -o '" +
+                 program + "'"});
+    return program;
+  }
+
+  kestrel::test::TemporaryDirectory prefix_;
+  kestrel::test::TemporaryDirectory work_;
+};
+
+TEST_F(InstalledLibrary, HasEveryPublicHeaderAndNoOther) {
+  EXPECT_EQ(FilesIn(Prefix() / "include"), std::set<std::string>{"kestrel"});
+  EXPECT_EQ(FilesIn(Prefix() / "include/kestrel"),
+            FilesIn(KESTREL_SOURCE_DIR "/inc/public/kestrel"));
+}
+
+TEST_F(InstalledLibrary, IsReachedThroughItsLinks) {
+  const fs::path real = fs::canonical(LibraryDirectory() / "libkestrel.so.0");
+  EXPECT_EQ(fs::read_symlink(LibraryDirectory() / "libkestrel.so"), "libkestrel.so.0");
+  EXPECT_EQ(fs::canonical(LibraryDirectory() / "libkestrel.so"), real);
+  EXPECT_TRUE(fs::is_regular_file(real));
+}
+
+TEST_F(InstalledLibrary, LeavesNoSearchPathInAnyFile) {
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(Prefix())) {
+    const bool is_elf = entry.path().parent_path().filename() == "bin" ||
+                        entry.path().filename().string().find(".so") != std::string::npos;
+    if (is_elf && entry.is_regular_file()) {
+      EXPECT_TRUE(kestrel::test::DynamicEntries("RPATH", entry.path()).empty()) << entry;
+      EXPECT_TRUE(kestrel::test::DynamicEntries("RUNPATH", entry.path()).empty()) << entry;
+    }
+  }
+}
+
+TEST_F(InstalledLibrary, BuildsACProgramThroughPkgConfig) {
+  ExpectThatItLogs(BuildWithPkgConfig(C_COMPILER, "application.c"), "from C 11\n");
+}
+
+TEST_F(InstalledLibrary, BuildsACxxProgramThroughPkgConfig) {
+  ExpectThatItLogs(BuildWithPkgConfig(CXX_COMPILER, "application.cpp"), "from C++ 11\n");
+}
+
+TEST_F(InstalledLibrary, BuildsProgramsThroughTheCMakePackage) {
+  Require({CMAKE_PROGRAM, "-G", "Ninja", "-S", KESTREL_SOURCE_DIR "/tests/install/application",
+           "-B", work_.path(), "-DCMAKE_PREFIX_PATH=" + prefix_.path(),
+           "-DCMAKE_C_COMPILER=" C_COMPILER, "-DCMAKE_CXX_COMPILER=" CXX_COMPILER});
+  Require({CMAKE_PROGRAM, "--build", work_.path()});
+  ExpectThatItLogs(work_.path() + "/application_c", "from C 11\n");
+  ExpectThatItLogs(work_.path() + "/application_cpp", "from C++ 11\n");
+}
+
+TEST_F(InstalledLibrary, CanBeMoved) {
+  const fs::path moved = work_.path() + "/moved";
+  fs::rename(Prefix(), moved);
+  const ProgramResult flags =
+      RunProgram({"pkg-config", "--cflags", "kestrel"},
+                 {{"PKG_CONFIG_PATH", (moved / KESTREL_LIBDIR / "pkgconfig").string()}});
+  ASSERT_EQ(flags.standard_output.substr(0, 2), "-I");
+  const std::string include = flags.standard_output.substr(2, flags.standard_output.find(' ') - 2);
+  EXPECT_TRUE(fs::equivalent(include, moved / "include"));
+}
+
+}  // namespace
