@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "on_board.h"
+
+namespace kestrel::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+/// What bash offers for the last of the words that follow "kestrelctl".
+Words Complete(const Words& words) {
+  const std::string script = "set -u; source '" KESTRELCTL_COMPLETION
+                             "';"
+                             "COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _kestrelctl;"
+                             "printf '%s\\n' \"${COMPREPLY[@]}\"";
+  Words command = {"/bin/bash", "-c", script, "bash", "kestrelctl"};
+  command.insert(command.end(), words.begin(), words.end());
+  const ProgramResult result = RunProgram(command);
+  EXPECT_THAT(result.standard_error, "");
+  std::istringstream output(result.standard_output);
+  return {std::istream_iterator<std::string>(output), {}};
+}
+
+/// The long options that the command's help names.
+Words OptionsOf(const Words& command) {
+  Words help = {KESTRELCTL};
+  help.insert(help.end(), command.begin(), command.end());
+  help.emplace_back("--help");
+  const std::string text = RunProgram(help).standard_output;
+  const std::string options = text.substr(0, text.find("Examples:"));
+  static const std::regex option("--[a-z]+");
+  std::set<std::string> found;
+  for (std::sregex_iterator match(options.begin(), options.end(), option), end; match != end;
+       ++match) {
+    found.insert(match->str());
+  }
+  return {found.begin(), found.end()};
+}
+
+TEST(KestrelctlCompletion, IsRegistered) {
+  const ProgramResult result =
+      RunProgram({"/bin/bash", "-c", "source '" KESTRELCTL_COMPLETION "'; complete -p kestrelctl"});
+  EXPECT_THAT(result, Ends(0, "complete -F _kestrelctl kestrelctl\n", ""));
+}
+
+TEST(KestrelctlCompletion, OffersTheCommands) {
+  EXPECT_THAT(Complete({""}), UnorderedElementsAre("gpio", "log", "--help", "--version"));
+  EXPECT_THAT(Complete({"g"}), ElementsAre("gpio"));
+  EXPECT_THAT(Complete({"gpio", ""}), UnorderedElementsAre("get", "set", "watch", "--help"));
+  EXPECT_THAT(Complete({"gpio", "w"}), ElementsAre("watch"));
+  EXPECT_THAT(Complete({"x"}), IsEmpty());
+}
+
+TEST(KestrelctlCompletion, OffersTheValuesOfAnOption) {
+  EXPECT_THAT(Complete({"gpio", "set", "4=1", "--drive", ""}),
+              UnorderedElementsAre("push-pull", "open-drain", "open-source"));
+  EXPECT_THAT(Complete({"gpio", "set", "--drive", "open-d"}), ElementsAre("open-drain"));
+  EXPECT_THAT(Complete({"gpio", "set", "--hold", ""}), IsEmpty());
+  EXPECT_THAT(Complete({"gpio", "watch", "--interval", ""}), IsEmpty());
+}
+
+TEST(KestrelctlCompletion, KnowsEveryOptionOfEveryCommand) {
+  for (const Words& command :
+       {Words{"gpio", "get"}, Words{"gpio", "set"}, Words{"gpio", "watch"}, Words{"log"}}) {
+    Words typed = command;
+    typed.emplace_back("--");
+    Words offered = Complete(typed);
+    std::sort(offered.begin(), offered.end());
+    EXPECT_EQ(offered, OptionsOf(command)) << command.back();
+  }
+}
+
+}  // namespace
+}  // namespace kestrel::test

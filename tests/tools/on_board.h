@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_TESTS_TOOLS_ON_BOARD_H
+#define KESTREL_TESTS_TOOLS_ON_BOARD_H
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "support/run_program.h"
+
+namespace kestrel::test {
+
+using Words = std::vector<std::string>;
+
+void PrintTo(const ProgramResult& result, std::ostream* stream);
+
+/// The program ended with `status` after printing exactly `output` and `error`.
+testing::Matcher<const ProgramResult&> Ends(int status, const std::string& output,
+                                            const std::string& error);
+
+/// The command that runs `program` on a board of its own, with the given faults.
+Words OnBoard(const Words& program, const Words& faults = {});
+
+/// Runs `kestrelctl ARGUMENT…` on a board of its own, with the given faults.
+ProgramResult Kestrelctl(const Words& arguments, const Words& faults = {});
+
+/// A board that several programs share, stopped at the end of the scope.
+class SharedBoard {
+ public:
+  SharedBoard();
+  ~SharedBoard();
+  SharedBoard(const SharedBoard&) = delete;
+  SharedBoard& operator=(const SharedBoard&) = delete;
+
+  /// The command that runs `program` on this board.
+  Words Exec(const Words& program) const;
+  ProgramResult Kestrelctl(const Words& arguments) const;
+
+  /// Drives a line from outside, or tells its level.
+  void Drive(int line, const std::string& level) const;
+  std::string LevelOf(int line) const;
+
+ private:
+  std::string name_;
+};
+
+}  // namespace kestrel::test
+
+#endif  // KESTREL_TESTS_TOOLS_ON_BOARD_H
