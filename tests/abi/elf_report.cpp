@@ -36,7 +36,10 @@ std::vector<Symbol> DynamicSymbols(const std::string& file) {
   std::istringstream lines(ReadElf("--dyn-syms", file));
   for (std::string line; std::getline(lines, line);) {
     std::istringstream columns(line);
-    std::string number, value, size, section;
+    std::string number;
+    std::string value;
+    std::string size;
+    std::string section;
     Symbol symbol{};
     columns >> number >> value >> size >> symbol.type >> symbol.binding >> symbol.visibility >>
         section >> symbol.name;
@@ -54,7 +57,7 @@ std::set<std::string> Exports(const std::string& file) { return Names(file, true
 std::set<std::string> Imports(const std::string& file) { return Names(file, false); }
 
 std::vector<std::string> DynamicEntries(const std::string& tag, const std::string& file) {
-  const std::regex entry(" \\(" + tag + "\\) +(?:[^\\[]*\\[(.*)\\]|(.*))");
+  const std::regex entry(R"( \()" + tag + R"(\) +(?:[^\[]*\[(.*)\]|(.*)))");
   std::vector<std::string> values;
   std::istringstream lines(ReadElf("--dynamic", file));
   for (std::string line; std::getline(lines, line);) {

@@ -29,8 +29,8 @@ TEST(Library, HasItsSoname) {
 
 TEST(Library, NeedsTheRuntimesAlone) {
   const std::string sanitizers = *KESTREL_SANITIZE != '\0' ? "|(asan|ubsan|tsan)" : "";
-  const std::regex allowed("lib(stdc\\+\\+|gcc_s|c|m" + sanitizers +
-                           ")\\.so\\.[0-9]+|ld-linux.*\\.so\\.[0-9]+");
+  const std::regex allowed(R"(lib(stdc\+\+|gcc_s|c|m)" + sanitizers +
+                           R"()\.so\.[0-9]+|ld-linux.*\.so\.[0-9]+)");
   EXPECT_FALSE(Entries("NEEDED").empty());
   for (const std::string& needed : Entries("NEEDED")) {
     EXPECT_TRUE(std::regex_match(needed, allowed)) << needed;

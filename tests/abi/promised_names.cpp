@@ -39,7 +39,7 @@ std::set<std::string> GlobalNames(const std::string& version_script) {
     throw std::runtime_error(version_script + " lacks global: or local:");
   }
   std::set<std::string> names;
-  AddFirstGroups(script.substr(begin, end - begin), "([^\\s;:]+)\\s*;", names);
+  AddFirstGroups(script.substr(begin, end - begin), R"(([^\s;:]+)\s*;)", names);
   return names;
 }
 
@@ -47,8 +47,8 @@ std::set<std::string> DeclaredNames(const std::string& header_directory) {
   std::set<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(header_directory)) {
     const std::string code =
-        Without(Without(Content(entry.path()), "/\\*[^*]*\\*+([^/*][^*]*\\*+)*/"), "#[^\\n]*");
-    AddFirstGroups(code, "KESTREL_API\\s[^;()]*?(\\w+)\\s*\\(", names);
+        Without(Without(Content(entry.path()), R"(/\*[^*]*\*+([^/*][^*]*\*+)*/)"), "#[^\\n]*");
+    AddFirstGroups(code, R"(KESTREL_API\s[^;()]*?(\w+)\s*\()", names);
   }
   return names;
 }

@@ -20,16 +20,17 @@ class EastlChoice : public testing::Test {
  protected:
   /// Nothing but `prefix_` is searched, whatever this machine has installed.
   ProgramResult Configure(const std::string& choice, std::vector<std::string> options = {}) const {
-    std::vector<std::string> command = {CMAKE_PROGRAM,
-                                        "-S",
-                                        KESTREL_SOURCE_DIR "/tests/install/eastl_choice",
-                                        "-B",
-                                        build_.path(),
-                                        "-DKESTREL_EASTL=" + choice,
-                                        "-DCMAKE_FIND_ROOT_PATH=" + prefix_.path(),
-                                        "-DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY",
-                                        "-DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY",
-                                        "-DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=ONLY"};
+    std::vector<std::string> command = {
+        CMAKE_PROGRAM,
+        "-S",
+        std::string(KESTREL_SOURCE_DIR) + "/tests/install/eastl_choice",
+        "-B",
+        build_.path(),
+        "-DKESTREL_EASTL=" + choice,
+        "-DCMAKE_FIND_ROOT_PATH=" + prefix_.path(),
+        "-DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY",
+        "-DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY",
+        "-DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=ONLY"};
     command.insert(command.end(), options.begin(), options.end());
     return kestrel::test::RunProgram(command, {{"EASTL_ROOT", ""}});
   }

@@ -44,7 +44,7 @@ class InstalledLibrary : public testing::Test {
 
   /// Compiles with the flags that pkg-config gives for the prefix, and nothing else.
   std::string BuildWithPkgConfig(const std::string& compiler, const std::string& source) const {
-    const std::string program = work_.path() + "/application";
+    std::string program = work_.path() + "/application";
     Require({"sh", "-c",
              "flags=$(PKG_CONFIG_PATH='" + (LibraryDirectory() / "pkgconfig").string() +
                  "' pkg-config --cflags --libs kestrel) && " + compiler +
@@ -90,9 +90,10 @@ TEST_F(InstalledLibrary, BuildsACxxProgramThroughPkgConfig) {
 }
 
 TEST_F(InstalledLibrary, BuildsProgramsThroughTheCMakePackage) {
-  Require({CMAKE_PROGRAM, "-G", "Ninja", "-S", KESTREL_SOURCE_DIR "/tests/install/application",
-           "-B", work_.path(), "-DCMAKE_PREFIX_PATH=" + prefix_.path(),
-           "-DCMAKE_C_COMPILER=" C_COMPILER, "-DCMAKE_CXX_COMPILER=" CXX_COMPILER});
+  Require({CMAKE_PROGRAM, "-G", "Ninja", "-S",
+           std::string(KESTREL_SOURCE_DIR) + "/tests/install/application", "-B", work_.path(),
+           "-DCMAKE_PREFIX_PATH=" + prefix_.path(), std::string("-DCMAKE_C_COMPILER=") + C_COMPILER,
+           std::string("-DCMAKE_CXX_COMPILER=") + CXX_COMPILER});
   Require({CMAKE_PROGRAM, "--build", work_.path()});
   ExpectThatItLogs(work_.path() + "/application_c", "from C 11\n");
   ExpectThatItLogs(work_.path() + "/application_cpp", "from C++ 11\n");

@@ -23,7 +23,8 @@ class SystemEastl : public testing::Test {
         {CMAKE_PROGRAM, "-G", "Ninja", "-S", KESTREL_SOURCE_DIR, "-B", build_.path(),
          "-DKESTREL_EASTL=system", where_eastl_is, "-DKESTREL_BUILD_TESTS=OFF",
          "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_BUILD_TOOLS=OFF", "-DKESTREL_BUILD_EXAMPLES=OFF",
-         "-DCMAKE_CXX_COMPILER=" CXX_COMPILER, "-DCMAKE_C_COMPILER=" C_COMPILER});
+         std::string("-DCMAKE_CXX_COMPILER=") + CXX_COMPILER,
+         std::string("-DCMAKE_C_COMPILER=") + C_COMPILER});
     ASSERT_EQ(configured.status, 0) << configured.standard_error;
     EXPECT_THAT(configured.standard_output, testing::HasSubstr("Containers: the system's EASTL"));
     const ProgramResult built =

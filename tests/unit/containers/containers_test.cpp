@@ -239,6 +239,7 @@ TEST(String, DataCanBeWritten) {
   EXPECT_STREQ(text.c_str(), " x ");
 }
 
+// NOLINTBEGIN(bugprone-use-after-move,clang-analyzer-cplusplus.Move): moved from means empty here
 TEST(String, MovedFromIsEmpty) {
   for (const size_t length : {size_t{3}, size_t{3000}}) {
     string source(length, 'm');
@@ -251,6 +252,7 @@ TEST(String, MovedFromIsEmpty) {
     EXPECT_EQ(source.size(), length);
   }
 }
+// NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
 
 TEST(String, CopyIsIndependent) {
   string original("original");
@@ -302,7 +304,7 @@ TEST(Vector, HoldsAndMovesMoveOnlyValues) {
   eastl::vector<std::unique_ptr<int>> source;
   source.push_back(std::make_unique<int>(5));
   const eastl::vector<std::unique_ptr<int>> target(std::move(source));
-  EXPECT_TRUE(source.empty());
+  EXPECT_TRUE(source.empty());  // NOLINT(bugprone-use-after-move): moved from means empty here
   ASSERT_EQ(target.size(), 1u);
   EXPECT_EQ(*target[0], 5);
 }
@@ -336,6 +338,7 @@ TEST(SharedPtr, CountsItsOwners) {
   const eastl::shared_ptr<int> first = eastl::make_shared<int>(3);
   EXPECT_EQ(first.use_count(), 1);
   {
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the second owner counts
     const eastl::shared_ptr<int> second = first;
     EXPECT_EQ(first.use_count(), 2);
     EXPECT_EQ(*second, 3);

@@ -28,6 +28,7 @@ template <typename Getter>
 size_t InstancesSeenByThreads(Getter getter) {
   std::vector<const nwl::error_category*> seen(4);
   std::vector<std::thread> threads;
+  threads.reserve(seen.size());
   for (const nwl::error_category*& category : seen) {
     threads.emplace_back([&category, getter] { category = &getter(); });
   }

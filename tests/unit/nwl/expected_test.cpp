@@ -63,6 +63,7 @@ TEST(Expected, GivesAMoveOnlyValueAway) {
   ASSERT_TRUE(result.has_value());
   const std::unique_ptr<int> owner = std::move(result).value();
   EXPECT_EQ(*owner, 3);
+  // NOLINTNEXTLINE(bugprone-use-after-move): it was moved out of the result, not copied
   EXPECT_EQ(result.value(), nullptr);
 }
 

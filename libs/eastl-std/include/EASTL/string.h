@@ -42,8 +42,14 @@ class string {
   ~string() = default;
 
   string& operator=(const string& other) = default;
-  string& operator=(string&& other) noexcept { return assign(std::move(other)); }
-  string& operator=(const char* text) { return assign(text); }
+  string& operator=(string&& other) noexcept {
+    assign(std::move(other));
+    return *this;
+  }
+  string& operator=(const char* text) {
+    assign(text);
+    return *this;
+  }
 
   string& assign(const string& other) { return Changed(text_.assign(other.text_)); }
   string& assign(string&& other) noexcept {
