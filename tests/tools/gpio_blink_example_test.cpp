@@ -22,9 +22,9 @@ TEST(GpioBlinkExample, FollowsTheButtonUntilInterrupted) {
   ASSERT_TRUE(blink.WaitForOutput("button low\n"));
   board.Drive(3, "high");
   ASSERT_TRUE(blink.WaitForOutput("button high\n"));
-  blink.Signal(SIGINT);
+  blink.Signal(SIGTERM);
   const ProgramResult result = blink.Wait();
-  EXPECT_EQ(result.status, 128 + SIGINT);
+  EXPECT_EQ(result.status, 128 + SIGTERM);
   EXPECT_EQ(result.standard_error, "blinking line 4, following line 3\nthe button went high\n");
 }
 
