@@ -18,6 +18,8 @@ function(kestrel_add_test name)
   endif()
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
+    # Values that have no printed form would put their bytes into the names.
+    NO_PRETTY_VALUES
     DISCOVERY_TIMEOUT 60
     PROPERTIES LABELS "${arg_LABEL}")
 endfunction()

@@ -114,7 +114,7 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: gpio_blink [LED [BUTTON [ROUNDS]]], numbers from 0 on\n");
     return 2;
   }
-  struct Lines lines;
+  struct Lines lines = {-1, -1};
   if (!Open(led, button, &lines)) {
     return EXIT_FAILURE;
   }

@@ -33,10 +33,7 @@ constexpr char kExamples[] = R"(Examples:
   kestrel-board stop bench)";
 
 /// Puts what the parser says, which may take several lines, into one.
-std::string OneLine(std::string text) {
-  const size_t end = text.find('\n');
-  return end == std::string::npos ? text : text.substr(0, end);
-}
+std::string OneLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
 /// Names the commands when the one that was given is none of them.
 void CheckCommand(const CLI::App& app, const std::vector<std::string>& arguments) {

@@ -85,8 +85,8 @@ int Run(const RunOptions& options, const std::vector<std::string>& program) {
   const Server server(*board, loop, directory.SocketPath(),
                       [] { throw UsageError("a board made by run stops with its program"); });
   ChildWatch watch(loop);
-  EnterBoard(directory.SocketPath(), board->Paths());
-  watch.SetChild(StartProgram(program));
+  const BoardEnvironment environment(directory.SocketPath(), board->Paths());
+  watch.SetChild(environment.StartProgram(program));
   loop.Run();
   return watch.exit_status();
 }

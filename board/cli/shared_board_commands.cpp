@@ -126,8 +126,7 @@ void AddExecCommand(CLI::App& app, ProgramArguments& programs) {
   const ProgramArguments::Program program = programs.Expect(*command, 1);
   command->callback([name, program] {
     const json state = CommandContext::AskBoard(*name, {{"paths", true}});
-    EnterBoard(SocketPathOf(*name), PathsOf(state));
-    BecomeProgram(*program);
+    BoardEnvironment(SocketPathOf(*name), PathsOf(state)).BecomeProgram(*program);
   });
   command->footer(
       "The program and its arguments come last: kestrel-board exec NAME [--] PROGRAM [ARG...]");

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 #include "host/error.h"
 
@@ -15,11 +15,10 @@ std::string ReadFile(const std::string& path) {
     throw UsageError(path + ": is a directory, not a configuration file");
   }
   std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (!file || !(text << file.rdbuf() || file.eof())) {
+  if (!file) {
     ThrowErrno(path);
   }
-  return text.str();
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ std::string FromEnvironment(const char* variable) {
 }
 
 std::string CommonFolder() {
-  const std::string chosen = FromEnvironment("KESTREL_BOARD_DIR");
+  std::string chosen = FromEnvironment("KESTREL_BOARD_DIR");
   if (!chosen.empty()) {
     return chosen;
   }
@@ -92,7 +92,7 @@ bool IsFileAt(int descriptor, const std::string& path) {
 
 }  // namespace
 
-BoardDirectory::BoardDirectory(const std::string& name) : path_(FolderOf(name)), owner_(getpid()) {
+BoardDirectory::BoardDirectory(const std::string& name) : path_(FolderOf(name)) {
   for (int i = 0; i < kTries; ++i) {
     if (TryTake()) {
       return;
@@ -117,6 +117,7 @@ bool BoardDirectory::TryTake() {
     return false;
   }
   unlink(SocketPath().c_str());
+  Adopt();
   return true;
 }
 
@@ -131,7 +132,14 @@ BoardDirectory::~BoardDirectory() {
   }
 }
 
-void BoardDirectory::Adopt() { owner_ = getpid(); }
+void BoardDirectory::Adopt() {
+  owner_ = getpid();
+  const std::string text = std::to_string(owner_) + "\n";
+  if (ftruncate(lock_.get(), 0) != 0 ||
+      pwrite(lock_.get(), text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
+    ThrowErrno(path_ + "/lock");
+  }
+}
 
 std::string BoardDirectory::SocketPath() const { return path_ + "/socket"; }
 

@@ -11,7 +11,8 @@
 
 namespace kestrel::board {
 
-/// The folder of one running board: its socket and the lock that tells that it runs. The folders of
+/// The folder of one running board: its socket and the lock that tells that it runs and holds the
+/// number of its process. The folders of
 /// a user's boards lie together in $KESTREL_BOARD_DIR, in kestrel-board under $XDG_RUNTIME_DIR, or
 /// in /tmp/kestrel-board-UID.
 class BoardDirectory {
@@ -28,7 +29,7 @@ class BoardDirectory {
 
   std::string SocketPath() const;
 
-  /// After a fork: from now on this process is the one that cleans up.
+  /// After a fork: from now on this process is the board and cleans up.
   void Adopt();
   /// After a fork: leaves cleaning up to the child.
   void Disown() { owner_ = -1; }

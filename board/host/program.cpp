@@ -31,18 +31,9 @@ std::string PreloadPath() {
   return preload;
 }
 
-/// Puts `value` in front of a list in the environment, or behind it.
-void Extend(const char* variable, const std::string& value, bool in_front) {
-  const char* existing = getenv(variable);
-  std::string list = value;
-  if (existing != nullptr && *existing != '\0') {
-    list = in_front ? value + ":" + existing : std::string(existing) + ":" + value;
-  }
-  setenv(variable, list.c_str(), 1);
-}
-
 std::vector<char*> Pointers(const std::vector<std::string>& arguments) {
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size() + 1);
   for (const std::string& argument : arguments) {
     pointers.push_back(const_cast<char*>(argument.c_str()));
   }
@@ -54,35 +45,65 @@ std::vector<char*> Pointers(const std::vector<std::string>& arguments) {
   throw BoardError(program + ": " + strerror(error), error == ENOENT ? kNotFound : kCannotExecute);
 }
 
-}  // namespace
-
-void EnterBoard(const std::string& socket_path, const std::vector<std::string>& paths) {
-  std::string list;
-  for (const std::string& path : paths) {
-    list += (list.empty() ? "" : ":") + path;
-  }
-  setenv(wire::kSocketVariable, socket_path.c_str(), 1);
-  setenv(wire::kPathsVariable, list.c_str(), 1);
-  const std::string preload = PreloadPath();
-  const char* existing = getenv("LD_PRELOAD");
-  // A board inside a board: the object is there already and goes by the variables above.
-  if (existing == nullptr || std::string(existing).find(preload) == std::string::npos) {
-    Extend("LD_PRELOAD", preload, true);
-  }
-  // The address sanitizer wants to come first, but stands behind a preloaded object just as well.
-  Extend("ASAN_OPTIONS", "verify_asan_link_order=0", false);
+/// A list with one more entry; none when it was empty.
+std::string Joined(const std::string& first, const std::string& second) {
+  return first.empty() || second.empty() ? first + second : first + ":" + second;
 }
 
-pid_t StartProgram(const std::vector<std::string>& arguments) {
+std::map<std::string, std::string> OwnVariables() {
+  std::map<std::string, std::string> variables;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string text = *entry;
+    const size_t equals = text.find('=');
+    if (equals != std::string::npos) {
+      variables[text.substr(0, equals)] = text.substr(equals + 1);
+    }
+  }
+  return variables;
+}
+
+}  // namespace
+
+BoardEnvironment::BoardEnvironment(const std::string& socket_path,
+                                   const std::vector<std::string>& paths)
+    : variables_(OwnVariables()) {
+  std::string list;
+  for (const std::string& path : paths) {
+    list = Joined(list, path);
+  }
+  variables_[wire::kSocketVariable] = socket_path;
+  variables_[wire::kPathsVariable] = list;
+  const std::string preload = PreloadPath();
+  std::string& preloaded = variables_["LD_PRELOAD"];
+  // On a board inside a board the object is there already; it goes by the variables above.
+  if (preloaded.find(preload) == std::string::npos) {
+    preloaded = Joined(preload, preloaded);
+  }
+  // The address sanitizer wants to come first, but stands behind a preloaded object just as well.
+  std::string& sanitizer = variables_["ASAN_OPTIONS"];
+  sanitizer = Joined(sanitizer, "verify_asan_link_order=0");
+}
+
+std::vector<std::string> BoardEnvironment::Entries() const {
+  std::vector<std::string> entries;
+  entries.reserve(variables_.size());
+  for (const auto& [name, value] : variables_) {
+    entries.push_back(name + "=" + value);
+  }
+  return entries;
+}
+
+pid_t BoardEnvironment::StartProgram(const std::vector<std::string>& arguments) const {
   sigset_t none;
   sigemptyset(&none);
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+  const std::vector<std::string> entries = Entries();
   pid_t pid = -1;
   const int error = posix_spawnp(&pid, arguments.front().c_str(), nullptr, &attributes,
-                                 Pointers(arguments).data(), environ);
+                                 Pointers(arguments).data(), Pointers(entries).data());
   posix_spawnattr_destroy(&attributes);
   if (error != 0) {
     ThrowNotStarted(arguments.front(), error);
@@ -90,8 +111,9 @@ pid_t StartProgram(const std::vector<std::string>& arguments) {
   return pid;
 }
 
-void BecomeProgram(const std::vector<std::string>& arguments) {
-  execvp(arguments.front().c_str(), Pointers(arguments).data());
+void BoardEnvironment::BecomeProgram(const std::vector<std::string>& arguments) const {
+  const std::vector<std::string> entries = Entries();
+  execvpe(arguments.front().c_str(), Pointers(arguments).data(), Pointers(entries).data());
   ThrowNotStarted(arguments.front(), errno);
 }
 

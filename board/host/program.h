@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -13,17 +14,27 @@ namespace kestrel::board {
 inline constexpr int kCannotExecute = 126;
 inline constexpr int kNotFound = 127;
 
-/// Sets the environment of this process so that programs started from it run on the board at
-/// `socket_path`, whose devices stand in for `paths`. Throws BoardError when the object to be
+/// The environment in which programs run on the board at `socket_path`, whose devices stand in for
+/// `paths`: this process's own with what they need added. Throws BoardError when the object to be
 /// preloaded is missing.
-void EnterBoard(const std::string& socket_path, const std::vector<std::string>& paths);
+///
+/// It is not this process's environment, because this process may itself run on a board.
+class BoardEnvironment {
+ public:
+  BoardEnvironment(const std::string& socket_path, const std::vector<std::string>& paths);
 
-/// Starts a program beside this process, with no signal blocked. Throws BoardError with status
-/// kNotFound or kCannotExecute.
-pid_t StartProgram(const std::vector<std::string>& arguments);
+  /// Starts a program beside this process, with no signal blocked. Throws BoardError with status
+  /// kNotFound or kCannotExecute.
+  pid_t StartProgram(const std::vector<std::string>& arguments) const;
 
-/// Becomes the program; throws as StartProgram does.
-[[noreturn]] void BecomeProgram(const std::vector<std::string>& arguments);
+  /// Becomes the program; throws as StartProgram does.
+  [[noreturn]] void BecomeProgram(const std::vector<std::string>& arguments) const;
+
+ private:
+  std::vector<std::string> Entries() const;
+
+  std::map<std::string, std::string> variables_;
+};
 
 }  // namespace kestrel::board
 

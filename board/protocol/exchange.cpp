@@ -40,11 +40,12 @@ int Receive(int socket, Reply* reply) {
 int Connect(const char* socket_path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (strlen(socket_path) >= sizeof address.sun_path) {
+  const size_t length = strlen(socket_path);
+  if (length >= sizeof address.sun_path) {
     errno = ENAMETOOLONG;
     return -1;
   }
-  strcpy(address.sun_path, socket_path);
+  memcpy(address.sun_path, socket_path, length);
   const int connection = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   if (connection < 0) {
     return -1;

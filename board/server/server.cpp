@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "host/error.h"
 #include "protocol/descriptor_message.h"
@@ -30,7 +29,7 @@ UniqueFd Listen(const std::string& path) {
                      ": longer than a socket's path may be; choose a shorter "
                      "KESTREL_BOARD_DIR or board name");
   }
-  strcpy(address.sun_path, path.c_str());
+  path.copy(address.sun_path, path.size());
   UniqueFd listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!listener.valid() ||
       bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||

@@ -18,8 +18,9 @@ using testing::HasSubstr;
 
 class EastlChoice : public testing::Test {
  protected:
-  /// Nothing but `prefix_` is searched, whatever this machine has installed.
-  ProgramResult Configure(const std::string& choice, std::vector<std::string> options = {}) const {
+  /// CMake is kept within the prefix's parent, whatever this machine has installed.
+  ProgramResult Configure(const std::string& choice, const std::vector<std::string>& options = {},
+                          const std::string& root_in_environment = "") const {
     std::vector<std::string> command = {
         CMAKE_PROGRAM,
         "-S",
@@ -27,12 +28,12 @@ class EastlChoice : public testing::Test {
         "-B",
         build_.path(),
         "-DKESTREL_EASTL=" + choice,
-        "-DCMAKE_FIND_ROOT_PATH=" + prefix_.path(),
+        "-DCMAKE_FIND_ROOT_PATH=" + prefix_.parent(),
         "-DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY",
         "-DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY",
         "-DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=ONLY"};
     command.insert(command.end(), options.begin(), options.end());
-    return kestrel::test::RunProgram(command, {{"EASTL_ROOT", ""}});
+    return kestrel::test::RunProgram(command, {{"EASTL_ROOT", root_in_environment}});
   }
 
   std::string Root() const { return "-DEASTL_ROOT=" + prefix_.path(); }
@@ -48,6 +49,12 @@ TEST_F(EastlChoice, AutoTakesAnInstalledEastl) {
   EXPECT_THAT(result.standard_output, HasSubstr("Containers: the system's EASTL (kestrel_EASTL), "
                                                 "without EAStdC\n"));
   EXPECT_THAT(result.standard_output, HasSubstr("/src/core/eastl_support.cpp\"\n"));
+}
+
+TEST_F(EastlChoice, EnvironmentMayNameTheRoot) {
+  prefix_.AddEastl();
+  const ProgramResult result = Configure("system", {}, prefix_.path());
+  EXPECT_EQ(result.status, 0) << result.standard_error;
 }
 
 TEST_F(EastlChoice, AutoFallsBackToTheStandardLibrary) {

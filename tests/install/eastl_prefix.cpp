@@ -27,7 +27,7 @@ EastlPrefix::EastlPrefix() {
 
 void EastlPrefix::AddEastlPackage(const std::string& target) const {
   fs::create_directories(fs::path(path()) / "lib/cmake/EASTL");
-  directory_.Write("lib/cmake/EASTL/EASTLConfig.cmake",
+  directory_.Write("eastl/lib/cmake/EASTL/EASTLConfig.cmake",
                    "add_library(" + target + " INTERFACE IMPORTED)\n");
 }
 

@@ -15,7 +15,8 @@ class EastlPrefix {
  public:
   EastlPrefix();
 
-  std::string path() const { return directory_.path(); }
+  std::string path() const { return directory_.path() + "/eastl"; }
+  std::string parent() const { return directory_.path(); }
   void AddEastl() const { AddArchive("EASTL", "eastl.cpp"); }
   void AddEastdc() const { AddArchive("EAStdC", "eastdc.cpp"); }
 

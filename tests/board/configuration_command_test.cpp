@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+// --config: what a board is like.
+#include "board_command.h"
+
+namespace kestrel::test {
+namespace {
+
+class ConfigOption : public BoardCommand {
+ protected:
+  ProgramResult RunWith(const std::string& name, const std::string& content) {
+    return Board({"run", "--config", files_.Write(name, content), kProbe});
+  }
+  void ExpectRefused(const std::string& name, const std::string& content,
+                     const std::string& reason) {
+    const std::string path = files_.Write(name, content);
+    ExpectUsageError({"run", "--config", path, kProbe}, path + reason);
+  }
+
+  const TemporaryDirectory files_;
+};
+
+TEST_F(ConfigOption, TomlAndJsonDescribeTheSameBoard) {
+  EXPECT_EQ(RunWith("b.toml", "[gpio]\nlines = 4\n").standard_output, "errno 19\n");
+  EXPECT_EQ(RunWith("b.json", R"({"gpio": {"lines": 4}})").standard_output, "errno 19\n");
+  EXPECT_EQ(RunWith("b.toml", "[gpio]\nlines = 5\n").standard_output, "level 1\n");
+  EXPECT_EQ(RunWith("b.json", R"({"gpio": {"lines": 5}})").standard_output, "level 1\n");
+  EXPECT_EQ(RunWith("empty.toml", "").standard_output, "level 1\n");
+  EXPECT_EQ(RunWith("empty.json", "{}").standard_output, "level 1\n");
+}
+
+TEST_F(ConfigOption, AbsentChipIsEnoent) {
+  EXPECT_EQ(RunWith("b.toml", "[gpio]\npresent = false\n").standard_output, "errno 2\n");
+}
+
+TEST_F(ConfigOption, ReplacedChipIsNoGpioDevice) {
+  const ProgramResult result = RunWith("b.toml", "[gpio]\nreplaced-by = \"/dev/null\"\n");
+  EXPECT_EQ(result.standard_output, "errno 25\n");
+  EXPECT_EQ(result.standard_error,
+            "[Kestrel:GPIO] Problem getting GPIO info: Inappropriate ioctl for device (25)\n");
+}
+
+TEST_F(ConfigOption, FaultsMayStandInTheFile) {
+  EXPECT_EQ(RunWith("b.toml", "faults = [\"open=EACCES\"]\n").standard_output, "errno 13\n");
+}
+
+TEST_F(ConfigOption, InvalidFilesAreRefusedWithFileLineAndReason) {
+  ExpectRefused("a.toml", "[gpio]\nlabel = \"x\"\nlines = \"many\"\n",
+                ":3: 'gpio.lines' must be a whole number from 1 to 512");
+  ExpectRefused("b.toml", "[gpio]\n\nlines = 0\n",
+                ":3: 'gpio.lines' must be a whole number from 1 to 512");
+  ExpectRefused("c.toml", "[gipo]\nlines = 1\n", ":1: unknown key 'gipo' (known: faults, gpio)");
+  ExpectRefused("d.toml", "[gpio]\nline = 3\n", ":2: 'gpio.line' must be an array of tables");
+  ExpectRefused("e.toml", "[[gpio.line]]\nname = \"x\"\n", ":1: 'gpio.line.offset' is missing");
+  ExpectRefused("f.toml", "[[gpio.line]]\noffset = 3\npull = \"sideways\"\n",
+                ":3: 'gpio.line.pull' must be one of: none, up, down");
+  ExpectRefused("g.toml", "[[gpio.line]]\noffset = 3\n[[gpio.line]]\noffset = 3\n",
+                ":4: 'gpio.line.offset': line 3 is described twice");
+  ExpectRefused("h.toml", "faults = [\"open=EFOO\"]\n",
+                ":1: 'faults': fault 'open=EFOO': no errno is called 'EFOO' (such as EIO or "
+                "ENODEV)");
+  ExpectRefused("i.json", "{\n \"gpio\": {\n  \"lines\": 0\n }\n}\n",
+                ":3: 'gpio.lines' must be a whole number from 1 to 512");
+  ExpectRefused("j.json", "[]", ":1: the file must be a table");
+}
+
+TEST_F(ConfigOption, UnparsableFilesAreRefusedWithFileAndLine) {
+  const std::string toml = files_.Write("x.toml", "[gpio]\nlines 3\n");
+  const ProgramResult bad_toml = Board({"run", "--config", toml, "true"});
+  EXPECT_EQ(bad_toml.status, 2);
+  EXPECT_EQ(bad_toml.standard_error.rfind("kestrel-board: " + toml + ":2: ", 0), 0U)
+      << bad_toml.standard_error;
+  const std::string json = files_.Write("x.json", "{\n\"gpio\": }\n");
+  const ProgramResult bad_json = Board({"run", "--config", json, "true"});
+  EXPECT_EQ(bad_json.status, 2);
+  EXPECT_EQ(bad_json.standard_error.rfind("kestrel-board: " + json + ":2: ", 0), 0U)
+      << bad_json.standard_error;
+}
+
+TEST_F(ConfigOption, UnreadableFilesAreRefused) {
+  const ProgramResult missing = Board({"run", "--config", "/nowhere/x.toml", "true"});
+  EXPECT_EQ(missing.standard_error, "kestrel-board: /nowhere/x.toml: No such file or directory\n");
+  EXPECT_NE(missing.status, 0);
+  ExpectUsageError({"run", "--config", "/etc/passwd", "true"},
+                   "/etc/passwd: a configuration file is named *.toml or *.json");
+}
+
+}  // namespace
+}  // namespace kestrel::test

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// Faults on the command line.
+#include "board_command.h"
+
+namespace kestrel::test {
+namespace {
+
+using FaultOption = BoardCommand;
+
+TEST_F(FaultOption, LetsTheNamedCallFail) {
+  const ProgramResult result = Board({"run", "--fault", "open:/dev/gpiochip0=EACCES", kProbe});
+  EXPECT_EQ(result.standard_output, "errno 13\n");
+  EXPECT_EQ(result.standard_error,
+            "[Kestrel:GPIO] Problem opening GPIO chip: Permission denied (13)\n");
+}
+
+TEST_F(FaultOption, SeveralMayBeGiven) {
+  const ProgramResult result = Board(
+      {"run", "--fault", "close=EIO", "--fault", "ioctl:GPIO_GET_LINEHANDLE_IOCTL=EPERM", kProbe});
+  EXPECT_EQ(result.standard_output, "errno 1\n");
+}
+
+TEST_F(FaultOption, CanHitTheNthCallOnly) {
+  const ProgramResult result =
+      Board({"run", "--fault", "open=EIO@2", "sh", "-c", kProbe + ";" + kProbe + ";" + kProbe});
+  EXPECT_EQ(result.standard_output, "level 1\nerrno 5\nlevel 1\n");
+}
+
+TEST_F(FaultOption, CanBeChangedWhileTheBoardRuns) {
+  Start("bench", {"--fault", "open=EIO"});
+  EXPECT_EQ(Board({"exec", "bench", kProbe}).standard_output, "errno 5\n");
+  EXPECT_EQ(Board({"fault"}).standard_output, "fault: open=EIO, 1 such call so far\n");
+  EXPECT_EQ(Board({"fault", "--clear", "open=EBUSY"}).standard_output,
+            "fault: open=EBUSY, 0 such calls so far\n");
+  EXPECT_EQ(Board({"exec", "bench", kProbe}).standard_output, "errno 16\n");
+  ExpectUsageError({"fault", "--clear", "open=NONSENSE"},
+                   "fault 'open=NONSENSE': no errno is called 'NONSENSE' (such as EIO or ENODEV)");
+  EXPECT_EQ(Board({"fault"}).standard_output, "fault: open=EBUSY, 1 such call so far\n");
+}
+
+TEST_F(FaultOption, BadFaultsAreRefusedInOneLine) {
+  ExpectUsageError({"run", "--fault", "opne=EIO", "true"},
+                   "fault 'opne=EIO': no call is named 'opne' (known: open, ioctl, close)");
+  ExpectUsageError({"run", "--fault", "open=EFOO", "true"},
+                   "fault 'open=EFOO': no errno is called 'EFOO' (such as EIO or ENODEV)");
+  ExpectUsageError({"run", "--fault", "open:/dev/null=EIO", "true"},
+                   "fault 'open:/dev/null=EIO': the board has nothing called '/dev/null' to open "
+                   "(known: /dev/gpiochip0)");
+  ExpectUsageError({"run", "--fault", "open", "true"},
+                   "fault 'open': a fault is written CALL[:WHAT]=ERRNO[@N], such as "
+                   "open:/dev/gpiochip0=EACCES");
+  ExpectUsageError({"run", "--fault", "open=EIO@0", "true"},
+                   "fault 'open=EIO@0': after @ stands which call fails, counted from 1");
+}
+
+}  // namespace
+}  // namespace kestrel::test

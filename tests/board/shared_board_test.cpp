@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+// start, exec, stop, show and line: a board that several programs share.
+#include <signal.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "board_command.h"
+
+namespace kestrel::test {
+namespace {
+
+using nlohmann::json;
+
+using SharedBoard = BoardCommand;
+
+TEST_F(SharedBoard, StartsAndStops) {
+  const ProgramResult start = Start("bench");
+  EXPECT_EQ(start.status, 0);
+  EXPECT_EQ(start.standard_output, "board 'bench' is running\n");
+  EXPECT_EQ(Board({"list"}).standard_output, "bench\n");
+  const ProgramResult stop = Board({"stop", "bench"});
+  EXPECT_EQ(stop.status, 0);
+  EXPECT_EQ(stop.standard_output, "board 'bench' has stopped\n");
+  EXPECT_EQ(Board({"list"}).standard_output, "");
+  started_.clear();
+}
+
+TEST_F(SharedBoard, KeepsItsStateBetweenPrograms) {
+  Start("bench");
+  EXPECT_EQ(Board({"line", "4"}).standard_output, "low\n");
+  EXPECT_EQ(Board({"exec", "bench", kProbe}).standard_output, "level 1\n");
+  EXPECT_EQ(Board({"line", "4"}).standard_output, "high\n");
+}
+
+TEST_F(SharedBoard, ExecReturnsTheProgramsStatus) {
+  Start("bench");
+  EXPECT_EQ(Board({"exec", "bench", "--", kProbe, "9"}).status, 9);
+  EXPECT_EQ(Board({"exec", "bench", kProbe, "9"}).status, 9);
+  EXPECT_EQ(Board({"exec", "bench", "no-such-program"}).status, 127);
+}
+
+TEST_F(SharedBoard, LineOfARunningProgramIsBusyForAnother) {
+  Start("bench");
+  BackgroundProgram holder(Arguments({"exec", "bench", kProbe, "wait"}), environment_);
+  ASSERT_TRUE(holder.WaitForOutput("waiting"));
+  const ProgramResult second = Board({"exec", "bench", kProbe});
+  EXPECT_EQ(second.standard_output, "errno 16\n");
+  holder.Signal(SIGKILL);
+  holder.Wait();
+  EXPECT_EQ(Board({"exec", "bench", kProbe}).standard_output, "level 1\n");
+}
+
+TEST_F(SharedBoard, ProgramOfAStoppedBoardFindsItsDeviceGone) {
+  Start("bench");
+  const std::string script = KESTREL_BOARD_PROGRAM " stop bench >/dev/null; exec " + kProbe;
+  const ProgramResult result = Board({"exec", "bench", "sh", "-c", script});
+  started_.clear();
+  EXPECT_EQ(result.standard_output, "errno 19\n");
+  EXPECT_EQ(result.standard_error,
+            "[Kestrel:GPIO] Problem opening GPIO chip: No such device (19)\n");
+}
+
+TEST_F(SharedBoard, NameCanBeTakenOnlyOnce) {
+  Start("bench");
+  ExpectUsageError({"start", "bench"}, "a board named 'bench' is running already");
+  ExpectUsageError({"run", "--name", "bench", "true"}, "a board named 'bench' is running already");
+}
+
+TEST_F(SharedBoard, NameOfAKilledBoardCanBeTakenAgain) {
+  Start("bench");
+  pid_t board = 0;
+  std::ifstream(folder_.path() + "/bench/lock") >> board;
+  ASSERT_EQ(kill(board, SIGKILL), 0);
+  while (Board({"list"}).standard_output != "") {
+    usleep(1000);
+  }
+  started_.clear();
+  EXPECT_EQ(Board({"line", "4"}).status, 1);
+  EXPECT_EQ(Start("bench").status, 0);
+  EXPECT_EQ(Board({"line", "4"}).standard_output, "low\n");
+}
+
+TEST_F(SharedBoard, CommandsWantToKnowWhichOfSeveralBoards) {
+  Start("one");
+  Start("two");
+  ExpectUsageError({"line", "4"},
+                   "several boards are running (one, two); choose one with --board NAME");
+  EXPECT_EQ(Board({"line", "4", "--board", "two"}).standard_output, "low\n");
+}
+
+TEST_F(SharedBoard, CommandsWithoutABoardSayHowToStartOne) {
+  const ProgramResult result = Board({"show"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.standard_error,
+            "kestrel-board: no board is running; start one with: kestrel-board start NAME\n");
+  EXPECT_EQ(Board({"stop", "nobody"}).standard_error,
+            "kestrel-board: no board named 'nobody' is running (see kestrel-board list)\n");
+  EXPECT_EQ(Board({"exec", "nobody", "true"}).status, 1);
+}
+
+TEST_F(SharedBoard, LinesAreDrivenFromOutsideUntilReleased) {
+  Start("bench");
+  EXPECT_EQ(Board({"line", "7", "high"}).standard_output, "high\n");
+  EXPECT_EQ(Board({"line", "7"}).standard_output, "high\n");
+  EXPECT_EQ(Board({"line", "7", "low"}).standard_output, "low\n");
+  EXPECT_EQ(Board({"line", "7", "release"}).standard_output, "low\n");
+  const json line = json::parse(Board({"line", "7", "--json"}).standard_output);
+  EXPECT_EQ(line, json({{"line", 7}, {"level", "low"}, {"direction", "input"}}));
+}
+
+TEST_F(SharedBoard, DrivingAnOutputSaysWhoWins) {
+  Start("bench");
+  BackgroundProgram holder(Arguments({"exec", "bench", kProbe, "wait"}), environment_);
+  ASSERT_TRUE(holder.WaitForOutput("waiting"));
+  const ProgramResult result = Board({"line", "4", "low"});
+  EXPECT_EQ(result.standard_output, "high\n");
+  EXPECT_EQ(result.standard_error,
+            "kestrel-board: line 4 stays high: it is an output that a program drives\n");
+}
+
+TEST_F(SharedBoard, ShowTellsTheStateOfEveryLineInUse) {
+  Start("bench");
+  Board({"line", "7", "high"});
+  BackgroundProgram holder(Arguments({"exec", "bench", kProbe, "wait"}), environment_);
+  ASSERT_TRUE(holder.WaitForOutput("waiting"));
+  EXPECT_EQ(Board({"show"}).standard_output,
+            "board: bench\n"
+            "gpio: /dev/gpiochip0, label \"kestrel-board\", 32 lines\n"
+            "  line   4  high  output, push-pull, used by kestrel\n"
+            "  line   7  high  input, driven high from outside\n"
+            "  30 idle inputs, low\n");
+}
+
+TEST_F(SharedBoard, EverythingThatPrintsPrintsJsonToo) {
+  const json started = json::parse(Start("bench", {"--json"}).standard_output);
+  EXPECT_EQ(started, json({{"board", "bench"}, {"state", "running"}}));
+  EXPECT_EQ(json::parse(Board({"list", "--json"}).standard_output).at("boards").at(0), "bench");
+  const json state = json::parse(Board({"show", "--json"}).standard_output);
+  EXPECT_EQ(state.at("board"), "bench");
+  EXPECT_EQ(state.at("gpio").at("label"), "kestrel-board");
+  EXPECT_EQ(state.at("gpio").at("lines").size(), 32U);
+  EXPECT_TRUE(json::parse(Board({"fault", "--json"}).standard_output).at("faults").empty());
+  const json stopped = json::parse(Board({"stop", "bench", "--json"}).standard_output);
+  EXPECT_EQ(stopped.at("state"), "stopped");
+  started_.clear();
+}
+
+TEST_F(SharedBoard, FullStandardOutputIsAnError) {
+  Start("bench");
+  const ProgramResult result = RunProgram(
+      {"sh", "-c", std::string(KESTREL_BOARD_PROGRAM) + " show >/dev/full"}, environment_);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.standard_error, "kestrel-board: standard output cannot be written\n");
+}
+
+TEST_F(SharedBoard, BadArgumentsAreRefusedInOneLine) {
+  Start("bench");
+  ExpectUsageError({"line", "32"}, "line 32: the chip has lines 0 to 31");
+  ExpectUsageError({"line", "x"},
+                   "NUMBER: must be the offset of a line, such as 4, not 'x' (see kestrel-board "
+                   "--help)");
+  ExpectUsageError({"line", "-1"},
+                   "NUMBER: must be the offset of a line, such as 4, not '-1' (see kestrel-board "
+                   "--help)");
+  ExpectUsageError({"line", "4", "up"},
+                   "LEVEL: must be low, high or release, not 'up' (see kestrel-board --help)");
+  ExpectUsageError({"line"}, "NUMBER is required (see kestrel-board --help)");
+  ExpectUsageError({"exec", "bench"},
+                   "exec: which program? Give PROGRAM [ARG...] after the options");
+  ExpectUsageError({"begin"},
+                   "there is no command 'begin' (known: run, start, exec, stop, list, show, fault, "
+                   "line)");
+  ExpectUsageError({}, "A subcommand is required (see kestrel-board --help)");
+}
+
+}  // namespace
+}  // namespace kestrel::test
