@@ -7,7 +7,6 @@ namespace kestrel::test {
 namespace {
 
 using testing::AllOf;
-using testing::Field;
 using testing::HasSubstr;
 
 struct BadArguments {

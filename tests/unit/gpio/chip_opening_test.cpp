@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <stdexcept>
 #include <thread>
-#include <vector>
 
 #include "gpio/chip_fixture.h"
 #include "support/broken_standard_error.h"
@@ -15,7 +15,6 @@ namespace kestrel::test {
 namespace {
 
 using testing::_;
-using testing::AtLeast;
 using testing::Expectation;
 using testing::Throw;
 
@@ -100,9 +99,11 @@ int OpenSlowly(const char*, int) {
 
 int OpenOnEightThreads() {
   std::atomic<int> opened{0};
-  std::vector<std::thread> threads;
-  for (int line = 0; line < 8; ++line) {
-    threads.emplace_back([line, &opened] { opened += GPIO_OpenAsInput(line) == kLine ? 1 : 0; });
+  std::array<std::thread, 8> threads;
+  for (size_t i = 0; i < threads.size(); ++i) {
+    const auto line = static_cast<GpioLineId>(i);
+    threads[i] =
+        std::thread([line, &opened] { opened += GPIO_OpenAsInput(line) == kLine ? 1 : 0; });
   }
   for (std::thread& thread : threads) {
     thread.join();

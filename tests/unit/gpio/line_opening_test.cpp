@@ -86,24 +86,6 @@ TEST_F(LineOpening, RequestsAnInput) {
   EXPECT_STREQ(requested_->consumer_label, "kestrel");
 }
 
-/// Fills the stack below the caller, where the library's next call puts its records.
-[[gnu::noinline]] void PaintStack(int byte) {
-  volatile char stack[4096];
-  for (volatile char& place : stack) {
-    place = static_cast<char>(byte);
-  }
-}
-
-TEST_F(LineOpening, SetsNoLevelForAnInput) {
-  OpenChip();
-  for (const int paint : {0x55, 0x2A}) {
-    ExpectChipInfo();
-    ExpectLineRequest();
-    EXPECT_THAT(Call([paint] { return PaintStack(paint), GPIO_OpenAsInput(7); }), Returns(kLine));
-    EXPECT_EQ(requested_->default_values[0], paint);
-  }
-}
-
 struct Output {
   GpioDriveMode mode;
   uint32_t flags;
