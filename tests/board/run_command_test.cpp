@@ -97,7 +97,7 @@ TEST_F(RunCommand, BoardInsideABoardIsAnother) {
 TEST_F(RunCommand, ExistingPreloadsAndSanitizerOptionsAreKept) {
   Environment environment = environment_;
   environment["LD_PRELOAD"] = "libm.so.6";
-  environment["ASAN_OPTIONS"] = "detect_leaks=0";
+  environment["ASAN_OPTIONS"] = "verify_asan_link_order=0:detect_leaks=0";
   const ProgramResult result = RunProgram(
       Arguments({"run", "sh", "-c", "echo $LD_PRELOAD; echo $ASAN_OPTIONS"}), environment);
   EXPECT_NE(result.standard_output.find("preload.so:libm.so.6\n"), std::string::npos);
