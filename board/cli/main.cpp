@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
@@ -50,6 +53,16 @@ void CheckCommand(const CLI::App& app, const std::vector<std::string>& arguments
   throw UsageError("there is no command '" + arguments.front() + "' (known: " + known + ")");
 }
 
+/// Where a standard stream is closed, a socket of the board's would get its number, and what is
+/// meant for a person would go there. The program that is run still finds the stream closed.
+void OccupyStandardStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (fcntl(stream, F_GETFD) < 0) {
+      open("/dev/null", O_RDWR | O_CLOEXEC);
+    }
+  }
+}
+
 int Report(const std::string& reason, int status) {
   std::cerr << "kestrel-board: " << reason << '\n';
   return status;
@@ -58,6 +71,7 @@ int Report(const std::string& reason, int status) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  OccupyStandardStreams();
   CLI::App app("A device without the device: runs programs that use libkestrel on any machine.",
                "kestrel-board");
   int exit_status = 0;

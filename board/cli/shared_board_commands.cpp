@@ -69,6 +69,8 @@ void Serve(Board& board, EventLoop& loop, BoardDirectory& directory, int ready) 
 
 /// Forks the process that serves the board; returns when programs can reach it.
 void Start(const SharedBoardOptions& options) {
+  // A board must not keep open, or locked, what its starter happens to have open.
+  close_range(STDERR_FILENO + 1, ~0U, 0);
   EventLoop loop;
   const std::unique_ptr<Board> board = options.board.MakeBoard(options.name, loop);
   BoardDirectory directory(options.name);

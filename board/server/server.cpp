@@ -46,6 +46,13 @@ bool IsFromThisProcess(int connection) {
          peer.pid == getpid();
 }
 
+UniqueFd Accept(int listener) {
+  return UniqueFd(accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+}
+
+/// A descriptor to give up when there are no others.
+UniqueFd Spare() { return UniqueFd(open("/dev/null", O_RDONLY | O_CLOEXEC)); }
+
 void Fail(int reply_socket, int error) {
   ReplyHeader header;
   header.error = error;
@@ -76,6 +83,7 @@ Server::Server(Board& board, EventLoop& loop, const std::string& socket_path,
       socket_path_(socket_path),
       stop_(std::move(stop)),
       buffer_(wire::kPayloadLimit),
+      spare_(Spare()),
       listener_(Listen(socket_path)) {
   loop_.Watch(listener_.get(), [this] { AcceptAll(); });
 }
@@ -97,13 +105,23 @@ void Server::Add(UniqueFd socket) {
 int Server::AcceptAll() {
   int own = -1;
   while (true) {
-    UniqueFd accepted(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    UniqueFd accepted = Accept(listener_.get());
     if (!accepted.valid()) {
+      if (errno == EMFILE && TurnAway()) {
+        continue;
+      }
       return own;
     }
     own = IsFromThisProcess(accepted.get()) ? accepted.get() : own;
     Add(std::move(accepted));
   }
+}
+
+bool Server::TurnAway() {
+  spare_ = UniqueFd();
+  const bool turned_away = Accept(listener_.get()).valid();
+  spare_ = Spare();
+  return turned_away;
 }
 
 UniqueFd Server::ConnectToSelf(std::unique_ptr<Session> session) {
@@ -113,6 +131,9 @@ UniqueFd Server::ConnectToSelf(std::unique_ptr<Session> session) {
     return program_side;
   }
   const int server_side = AcceptAll();
+  if (server_side < 0) {
+    return UniqueFd();
+  }
   connections_.at(server_side).session = std::move(session);
   return program_side;
 }

@@ -41,6 +41,9 @@ class Server {
   /// Accepts whoever is waiting. Returns the server's side of a connection that the server itself
   /// made, if that was among them, and -1 otherwise.
   int AcceptAll();
+  /// Out of descriptors: ends the connection of whoever is waiting, which would wait for ever. The
+  /// kernel says EMFILE also when nobody is; then this is false.
+  bool TurnAway();
   void Add(UniqueFd socket);
   void Receive(int connection);
   void EndClosedSessions();
@@ -58,6 +61,7 @@ class Server {
   std::string socket_path_;
   std::function<void()> stop_;
   std::vector<uint8_t> buffer_;
+  UniqueFd spare_;
   UniqueFd listener_;
   std::map<int, Connection> connections_;
 };

@@ -4,7 +4,11 @@
 
 #include "log/debug_log.h"
 
-int Log_DebugVarArgs(const char* fmt, va_list args) {
+namespace {
+
+// Both exports come here, so that neither goes through the other's symbol, which anything may
+// stand in for.
+int Debug(const char* fmt, va_list args) {
   kestrel::log::Log& log = kestrel::log::GetLog();
   if (fmt == nullptr) {
     errno = EFAULT;
@@ -13,10 +17,14 @@ int Log_DebugVarArgs(const char* fmt, va_list args) {
   return log.Write(fmt, args);
 }
 
+}  // namespace
+
+int Log_DebugVarArgs(const char* fmt, va_list args) { return Debug(fmt, args); }
+
 int Log_Debug(const char* fmt, ...) {
   va_list args;
   va_start(args, fmt);
-  const int result = Log_DebugVarArgs(fmt, args);
+  const int result = Debug(fmt, args);
   va_end(args);
   return result;
 }

@@ -39,6 +39,12 @@ TEST_F(RunCommand, StandardStreamsAreTheProgramsOwn) {
   EXPECT_EQ(result.standard_error, "err\n");
 }
 
+TEST_F(RunCommand, ClosedStandardStreamsStayClosed) {
+  const std::string board = KESTREL_BOARD_PROGRAM;
+  const std::string script = board + " run sh -c '[ ! -e /proc/self/fd/1 ] && exit 6' >&- <&-";
+  EXPECT_EQ(RunProgram({"sh", "-c", script}, environment_).status, 6);
+}
+
 TEST_F(RunCommand, ProgramThatCannotBeStartedIsReportedAsAShellWould) {
   const ProgramResult missing = Board({"run", "no-such-program"});
   EXPECT_EQ(missing.status, 127);
