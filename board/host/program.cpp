@@ -88,7 +88,8 @@ std::vector<std::string> BoardEnvironment::Entries() const {
   std::vector<std::string> entries;
   entries.reserve(variables_.size());
   for (const auto& [name, value] : variables_) {
-    entries.push_back(name + "=" + value);
+    entries.push_back(name);
+    entries.back().append("=").append(value);
   }
   return entries;
 }

@@ -36,7 +36,7 @@ class BoardCommand : public testing::Test {
 
   ProgramResult Start(const std::string& name, std::vector<std::string> options = {}) {
     options.insert(options.begin(), {"start", name});
-    const ProgramResult result = Board(options);
+    ProgramResult result = Board(options);
     if (result.status == 0) {
       started_.push_back(name);
     }

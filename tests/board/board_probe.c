@@ -19,8 +19,7 @@ static void on_terminate(int number) {
 }
 
 static void wait_for_signal(void) {
-  struct sigaction action;
-  memset(&action, 0, sizeof action);
+  struct sigaction action = {0};
   action.sa_handler = on_terminate;
   sigaction(SIGTERM, &action, NULL);
   puts("waiting");

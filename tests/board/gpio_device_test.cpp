@@ -175,6 +175,7 @@ TEST(GpioDevice, DescriptorOfAnotherKindIsRefusedByTheKernel) {
 TEST(GpioDevice, EightThreadsEachHaveTheirLine) {
   const Observed all = Observe([] {
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
       threads.emplace_back([i] {
         const int line = GPIO_OpenAsOutput(i, GpioDriveMode_PushPull, GpioLevel_Low);

@@ -75,6 +75,7 @@ TEST(GpioShared, ThreadsOnOneDescriptorGetTheirOwnAnswers) {
   const int output = GPIO_OpenAsOutput(3, GpioDriveMode_PushPull, GpioLevel_High);
   const int input = GPIO_OpenAsInput(4);
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
       for (int round = 0; round < 100; ++round) {

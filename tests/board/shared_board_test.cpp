@@ -65,7 +65,7 @@ TEST_F(SharedBoard, KeepsNothingOpenThatItsStarterHas) {
   const std::string script = std::string("exec 9>") + folder_.path() +
                              "/file; flock 9; " KESTREL_BOARD_PROGRAM " start bench";
   EXPECT_EQ(RunProgram({"sh", "-c", script}, environment_).status, 0);
-  started_.push_back("bench");
+  started_.emplace_back("bench");
   EXPECT_EQ(RunProgram({"flock", "--nonblock", folder_.path() + "/file", "true"}).status, 0);
   EXPECT_EQ(RunProgram({"rm", folder_.path() + "/file"}).status, 0);
 }
@@ -73,7 +73,7 @@ TEST_F(SharedBoard, KeepsNothingOpenThatItsStarterHas) {
 TEST_F(SharedBoard, ManyDescriptorsMoreThanTheBoardCanHaveDoNoHarm) {
   const std::string start = "ulimit -n 40; " KESTREL_BOARD_PROGRAM " start bench";
   ASSERT_EQ(RunProgram({"sh", "-c", start}, environment_).status, 0);
-  started_.push_back("bench");
+  started_.emplace_back("bench");
   const std::string open_many =
       "for i in $(seq 3 60); do eval \"exec $i</dev/gpiochip0\" 2>/dev/null || exit 5; done";
   EXPECT_EQ(Board({"exec", "bench", "bash", "-c", open_many}).status, 5);
@@ -91,7 +91,7 @@ TEST_F(SharedBoard, NameOfAKilledBoardCanBeTakenAgain) {
   pid_t board = 0;
   std::ifstream(folder_.path() + "/bench/lock") >> board;
   ASSERT_EQ(kill(board, SIGKILL), 0);
-  while (Board({"list"}).standard_output != "") {
+  while (!Board({"list"}).standard_output.empty()) {
     usleep(1000);
   }
   started_.clear();

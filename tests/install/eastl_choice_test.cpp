@@ -23,6 +23,8 @@ class EastlChoice : public testing::Test {
                           const std::string& root_in_environment = "") const {
     std::vector<std::string> command = {
         CMAKE_PROGRAM,
+        "-G",
+        "Ninja",
         "-S",
         std::string(KESTREL_SOURCE_DIR) + "/tests/install/eastl_choice",
         "-B",

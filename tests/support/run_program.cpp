@@ -13,8 +13,6 @@
 #include <cstring>
 #include <stdexcept>
 
-extern char** environ;
-
 namespace kestrel::test {
 namespace {
 
@@ -40,7 +38,8 @@ std::vector<std::string> Merged(const Environment& added) {
     }
   }
   for (const auto& [name, value] : added) {
-    merged.push_back(name + "=" + value);
+    merged.push_back(name);
+    merged.back().append("=").append(value);
   }
   return merged;
 }
