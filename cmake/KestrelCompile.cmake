@@ -24,6 +24,8 @@ target_compile_options(kestrel_ship INTERFACE
   # Formats and addresses belong to the caller, and calls must leave under their plain names:
   # fortified variants check %n themselves and call __vfprintf_chk and the like.
   -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=0
+  # Distributions set these for 32-bit machines; open would leave as open64.
+  -U_FILE_OFFSET_BITS -U_TIME_BITS
   # A unique symbol would pin the library in memory for good, and dlclose must unload it.
   $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
 target_link_options(kestrel_ship INTERFACE

@@ -34,8 +34,8 @@ void BoardOptions::AddTo(CLI::App& command) {
 }
 
 std::unique_ptr<Board> BoardOptions::MakeBoard(const std::string& name, EventLoop& loop) const {
-  std::unique_ptr<Board> board = config.empty() ? std::make_unique<Board>(name, nullptr, loop)
-                                                : MakeConfiguredBoard(name, config, loop);
+  std::unique_ptr<Board> board = config.has_value() ? MakeConfiguredBoard(name, *config, loop)
+                                                    : std::make_unique<Board>(name, nullptr, loop);
   for (const std::string& fault : faults) {
     board->AddFault(fault);
   }

@@ -3,6 +3,7 @@
 #define KESTREL_BOARD_CLI_BOARD_OPTIONS_H
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,7 @@ namespace kestrel::board {
 
 /// What `run` and `start` say about the board that they are to make.
 struct BoardOptions {
-  std::string config;
+  std::optional<std::string> config;
   std::vector<std::string> faults;
 
   void AddTo(CLI::App& command);

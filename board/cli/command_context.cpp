@@ -10,6 +10,8 @@
 
 #include "host/board_directory.h"
 #include "host/error.h"
+#include "host/json_text.h"
+#include "host/text.h"
 #include "host/unique_fd.h"
 #include "protocol/exchange.h"
 
@@ -24,7 +26,10 @@ json Exchange(const std::string& socket_path, const std::string& board, const js
   if (!connection.valid()) {
     throw BoardError("no board named '" + board + "' is running (see kestrel-board list)");
   }
-  const std::string text = request.dump();
+  const std::string text = ToText(request);
+  if (text.size() > wire::kPayloadLimit) {
+    throw UsageError("that is more than a board takes at once");
+  }
   std::string answer(wire::kPayloadLimit, '\0');
   wire::Reply reply;
   reply.data = answer.data();
@@ -49,11 +54,8 @@ std::string OnlyRunningBoard() {
     throw BoardError("no board is running; start one with: kestrel-board start NAME");
   }
   if (running.size() > 1) {
-    std::string names;
-    for (const std::string& name : running) {
-      names += (names.empty() ? "" : ", ") + name;
-    }
-    throw UsageError("several boards are running (" + names + "); choose one with --board NAME");
+    throw UsageError("several boards are running (" + Join(running) +
+                     "); choose one with --board NAME");
   }
   return running.front();
 }
@@ -87,7 +89,7 @@ json CommandContext::Ask(const json& request) const {
 void CommandContext::Print(const json& result,
                            const std::function<void(std::ostream& out)>& print) const {
   if (options_->json) {
-    std::cout << result.dump(2) << '\n';
+    std::cout << ToText(result, 2) << '\n';
   } else {
     print(std::cout);
   }

@@ -14,12 +14,14 @@
 #include "cli/program_arguments.h"
 #include "devices/device.h"
 #include "host/error.h"
+#include "host/text.h"
 
 namespace {
 
 using kestrel::board::BoardError;
 using kestrel::board::CommandContext;
 using kestrel::board::DeviceKind;
+using kestrel::board::Join;
 using kestrel::board::ProgramArguments;
 using kestrel::board::UsageError;
 
@@ -35,22 +37,25 @@ constexpr char kExamples[] = R"(Examples:
   kestrel-board show --json | jq .gpio
   kestrel-board stop bench)";
 
-/// Puts what the parser says, which may take several lines, into one.
-std::string OneLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+/// A reason may quote a file or an argument that has line ends in it.
+std::string OneLine(std::string text) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  return text;
+}
 
 /// Names the commands when the one that was given is none of them.
 void CheckCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
   if (arguments.empty() || arguments.front()[0] == '-') {
     return;
   }
-  std::string known;
+  std::vector<std::string> known;
   for (const CLI::App* command : app.get_subcommands(nullptr)) {
-    if (command->get_name() == arguments.front()) {
-      return;
-    }
-    known += (known.empty() ? "" : ", ") + command->get_name();
+    known.push_back(command->get_name());
   }
-  throw UsageError("there is no command '" + arguments.front() + "' (known: " + known + ")");
+  if (std::find(known.begin(), known.end(), arguments.front()) == known.end()) {
+    throw UsageError("there is no command '" + arguments.front() + "' (known: " + Join(known) +
+                     ")");
+  }
 }
 
 /// Where a standard stream is closed, a socket of the board's would get its number, and what is
@@ -64,7 +69,7 @@ void OccupyStandardStreams() {
 }
 
 int Report(const std::string& reason, int status) {
-  std::cerr << "kestrel-board: " << reason << '\n';
+  std::cerr << "kestrel-board: " << OneLine(reason) << '\n';
   return status;
 }
 
@@ -96,9 +101,10 @@ int main(int argc, char** argv) {
     return exit_status;
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
-      return app.exit(error);
+      app.exit(error);
+      return std::cout.flush() ? 0 : Report("standard output cannot be written", 1);
     }
-    return Report(OneLine(error.what()) + " (see kestrel-board --help)", kUsageStatus);
+    return Report(std::string(error.what()) + " (see kestrel-board --help)", kUsageStatus);
   } catch (const BoardError& error) {
     return Report(error.what(), error.status());
   } catch (const std::exception& error) {

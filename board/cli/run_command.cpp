@@ -20,18 +20,21 @@
 namespace kestrel::board {
 namespace {
 
-/// Signals that a person or a supervisor sends to end or tell the program something.
-constexpr int kForwarded[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2};
+/// Signals that are not the program's: those that cannot be caught, that stop and continue this
+/// process as the terminal's job, that its own mistakes raise, and that tell it of its child.
+constexpr int kNotForwarded[] = {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT, SIGSEGV,
+                                 SIGBUS,  SIGFPE,  SIGILL,  SIGTRAP, SIGABRT, SIGSYS,  SIGPIPE};
 
 /// Turns the end of the child and signals for it into events of a loop.
 class ChildWatch {
  public:
   explicit ChildWatch(EventLoop& loop) : loop_(loop) {
+    // Where it is ignored, the kernel keeps no exit status.
+    signal(SIGCHLD, SIG_DFL);
     sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGCHLD);
-    for (const int number : kForwarded) {
-      sigaddset(&signals, number);
+    sigfillset(&signals);
+    for (const int number : kNotForwarded) {
+      sigdelset(&signals, number);
     }
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     signals_ = UniqueFd(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));

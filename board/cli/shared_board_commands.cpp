@@ -140,8 +140,9 @@ void AddStopCommand(CLI::App& app, const CommandContext& context) {
   command->add_option("NAME", *name, "name of the board")->required();
   context.AddJsonOption(*command);
   command->callback([name, &context] {
+    const UniqueFd watch = WatchBoard(*name);
     CommandContext::AskBoard(*name, {{"stop", true}});
-    WaitUntilStopped(*name);
+    WaitUntilStopped(watch);
     context.Print({{"board", *name}, {"state", "stopped"}},
                   [&](std::ostream& out) { out << "board '" << *name << "' has stopped\n"; });
   });

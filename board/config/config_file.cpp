@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "config/config_file.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -16,7 +18,7 @@ std::string ReadFile(const std::string& path) {
   }
   std::ifstream file(path, std::ios::binary);
   if (!file) {
-    ThrowErrno(path);
+    throw UsageError(path + ": " + strerror(errno));
   }
   return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }

@@ -3,17 +3,10 @@
 
 #include <algorithm>
 
+#include "host/text.h"
+
 namespace kestrel::board {
 namespace {
-
-template <typename Texts>
-std::string Join(const Texts& texts) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    joined += (joined.empty() ? "" : ", ") + text;
-  }
-  return joined;
-}
 
 const ConfigNode::Table kEmptyTable;
 
@@ -114,15 +107,15 @@ std::string ConfigReader::Choice(const std::string& key, const std::vector<std::
   return *value;
 }
 
-std::vector<std::string> ConfigReader::Texts(const std::string& key) {
+std::vector<ConfigText> ConfigReader::Texts(const std::string& key) {
   const auto* array = Get<ConfigNode::Array>(key, "an array of texts");
-  std::vector<std::string> texts;
+  std::vector<ConfigText> texts;
   for (const ConfigNode& element : array == nullptr ? ConfigNode::Array() : *array) {
     const auto* text = std::get_if<std::string>(&element.value);
     if (text == nullptr) {
       Mismatch(element, key, "an array of texts");
     }
-    texts.push_back(*text);
+    texts.push_back({*text, element.line});
   }
   return texts;
 }

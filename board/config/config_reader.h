@@ -11,6 +11,12 @@
 
 namespace kestrel::board {
 
+/// A text in an array, and its line.
+struct ConfigText {
+  std::string text;
+  int line;
+};
+
 /// Takes known keys out of one table of a configuration. Whatever is not as expected throws
 /// ConfigError with the line and what would have been right.
 class ConfigReader {
@@ -26,7 +32,7 @@ class ConfigReader {
                    size_t longest = std::string::npos);
   std::string Choice(const std::string& key, const std::vector<std::string>& choices,
                      const std::string& otherwise);
-  std::vector<std::string> Texts(const std::string& key);
+  std::vector<ConfigText> Texts(const std::string& key);
 
   /// The table under `key`, empty when there is none.
   ConfigReader Table(const std::string& key);

@@ -8,6 +8,9 @@ namespace {
 
 using nlohmann::json;
 
+/// Far deeper than any configuration; it keeps hostile files from the end of the stack.
+constexpr size_t kDeepest = 64;
+
 /// Walks through a text and counts the lines that have been read.
 class CountingIterator {
  public:
@@ -103,6 +106,9 @@ class NodeBuilder : public nlohmann::json_sax<json> {
 
   template <typename Value>
   bool Open(Value&& value) {
+    if (open_.size() == kDeepest) {
+      throw ConfigError(*line_, "nested deeper than " + std::to_string(kDeepest) + " levels");
+    }
     open_.push_back(&Append(std::forward<Value>(value)));
     return true;
   }

@@ -4,11 +4,13 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 
 #include "host/error.h"
@@ -29,9 +31,10 @@ std::string FromEnvironment(const char* variable) {
 }
 
 std::string CommonFolder() {
-  std::string chosen = FromEnvironment("KESTREL_BOARD_DIR");
+  const std::string chosen = FromEnvironment("KESTREL_BOARD_DIR");
   if (!chosen.empty()) {
-    return chosen;
+    // A board leaves the folder that it is started in.
+    return fs::absolute(chosen);
   }
   const std::string runtime = FromEnvironment("XDG_RUNTIME_DIR");
   if (!runtime.empty() && access(runtime.c_str(), W_OK) == 0) {
@@ -48,11 +51,6 @@ void CheckName(const std::string& name) {
     throw UsageError("board name '" + name + "': 1 to " + std::to_string(kLongestName) +
                      " letters, digits, '-', '_' and '.', not beginning with '.'");
   }
-}
-
-std::string FolderOf(const std::string& name) {
-  CheckName(name);
-  return CommonFolder() + "/" + name;
 }
 
 /// Makes a folder that only its user can enter, unless there is one.
@@ -76,6 +74,19 @@ void CheckOwner(const std::string& path) {
   }
 }
 
+/// The folder of a board, where its socket can be reached and belongs to this user.
+std::string FolderOf(const std::string& name) {
+  CheckName(name);
+  CheckOwner(CommonFolder());
+  const std::string folder = CommonFolder() + "/" + name;
+  if (folder.size() + strlen("/socket") >= sizeof sockaddr_un::sun_path) {
+    throw UsageError(folder +
+                     ": longer than a socket's path may be; choose a shorter "
+                     "KESTREL_BOARD_DIR or board name");
+  }
+  return folder;
+}
+
 /// Whether the board of a folder runs, and so holds its lock.
 bool IsRunning(const fs::path& folder) {
   const UniqueFd lock(open((folder / "lock").c_str(), O_RDONLY | O_CLOEXEC));
@@ -90,9 +101,32 @@ bool IsFileAt(int descriptor, const std::string& path) {
          open_file.st_ino == named_file.st_ino && open_file.st_dev == named_file.st_dev;
 }
 
+/// Removes the folder of a board that was killed. One without a lock is about to be a board's.
+void RemoveIfAbandoned(const fs::path& folder) {
+  const std::string lock_path = folder / "lock";
+  const UniqueFd lock(open(lock_path.c_str(), O_RDWR | O_CLOEXEC));
+  if (lock.valid() && flock(lock.get(), LOCK_EX | LOCK_NB) == 0 &&
+      IsFileAt(lock.get(), lock_path)) {
+    std::error_code ignored;
+    fs::remove_all(folder, ignored);
+  }
+}
+
+std::vector<fs::path> Folders() {
+  std::vector<fs::path> folders;
+  std::error_code missing;
+  for (const fs::directory_entry& entry : fs::directory_iterator(CommonFolder(), missing)) {
+    folders.push_back(entry.path());
+  }
+  return folders;
+}
+
 }  // namespace
 
 BoardDirectory::BoardDirectory(const std::string& name) : path_(FolderOf(name)) {
+  for (const fs::path& folder : Folders()) {
+    RemoveIfAbandoned(folder);
+  }
   for (int i = 0; i < kTries; ++i) {
     if (TryTake()) {
       return;
@@ -145,20 +179,21 @@ std::string BoardDirectory::SocketPath() const { return path_ + "/socket"; }
 
 std::vector<std::string> RunningBoards() {
   std::vector<std::string> names;
-  std::error_code missing;
-  for (const fs::directory_entry& entry : fs::directory_iterator(CommonFolder(), missing)) {
-    if (IsRunning(entry.path())) {
-      names.push_back(entry.path().filename());
+  for (const fs::path& folder : Folders()) {
+    if (IsRunning(folder)) {
+      names.push_back(folder.filename());
     }
   }
   std::sort(names.begin(), names.end());
   return names;
 }
 
-void WaitUntilStopped(const std::string& name) {
-  const std::string folder = FolderOf(name);
-  while (fs::exists(folder)) {
-    usleep(1000);
+UniqueFd WatchBoard(const std::string& name) {
+  return UniqueFd(open((FolderOf(name) + "/lock").c_str(), O_RDONLY | O_CLOEXEC));
+}
+
+void WaitUntilStopped(const UniqueFd& watch) {
+  while (flock(watch.get(), LOCK_SH) != 0 && errno == EINTR) {
   }
 }
 

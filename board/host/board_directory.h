@@ -17,7 +17,7 @@ namespace kestrel::board {
 /// in /tmp/kestrel-board-UID.
 class BoardDirectory {
  public:
-  /// Takes the name for this process; what a board that was killed left under it is cleared away.
+  /// Takes the name for this process. What boards that were killed left behind is cleared away.
   /// Throws UsageError for a name that no board can have or that is taken.
   explicit BoardDirectory(const std::string& name);
 
@@ -45,8 +45,10 @@ class BoardDirectory {
 /// The names of the boards that run, sorted.
 std::vector<std::string> RunningBoards();
 
-/// Waits until the board called `name` has gone.
-void WaitUntilStopped(const std::string& name);
+/// What to wait for until the board called `name` has gone with all that it made; to be taken
+/// before it is told to stop, because somebody may start the next one of that name at once.
+UniqueFd WatchBoard(const std::string& name);
+void WaitUntilStopped(const UniqueFd& watch);
 
 /// The socket of the board called `name`, whether it runs or not. Throws UsageError for a name that
 /// no board can have.

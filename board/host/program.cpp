@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "host/error.h"
+#include "host/text.h"
 #include "protocol/wire.h"
 
 namespace kestrel::board {
@@ -18,17 +19,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string PreloadPath() {
+/// The path of the object to be preloaded. The loader takes none with spaces or colons; for such a
+/// one there is a link in the folder of the board, which has neither.
+std::string PreloadPath(const fs::path& board_folder) {
   const fs::path own = fs::read_symlink("/proc/self/exe");
   const fs::path preload = (own.parent_path() / KESTREL_BOARD_PRELOAD).lexically_normal();
   if (!fs::exists(preload)) {
     throw BoardError(preload.string() + ": missing; install kestrel-board again");
   }
-  if (preload.string().find_first_of(" :") != std::string::npos) {
-    throw BoardError(preload.string() +
-                     ": the loader takes no path with spaces or colons; install elsewhere");
+  if (preload.string().find_first_of(" :") == std::string::npos) {
+    return preload;
   }
-  return preload;
+  const fs::path link = board_folder / "preload.so";
+  std::error_code exists_already;
+  fs::create_symlink(preload, link, exists_already);
+  return link;
 }
 
 std::vector<char*> Pointers(const std::vector<std::string>& arguments) {
@@ -67,13 +72,9 @@ std::map<std::string, std::string> OwnVariables() {
 BoardEnvironment::BoardEnvironment(const std::string& socket_path,
                                    const std::vector<std::string>& paths)
     : variables_(OwnVariables()) {
-  std::string list;
-  for (const std::string& path : paths) {
-    list = Joined(list, path);
-  }
   variables_[wire::kSocketVariable] = socket_path;
-  variables_[wire::kPathsVariable] = list;
-  const std::string preload = PreloadPath();
+  variables_[wire::kPathsVariable] = Join(paths, ":");
+  const std::string preload = PreloadPath(fs::path(socket_path).parent_path());
   std::string& preloaded = variables_["LD_PRELOAD"];
   // On a board inside a board the object is there already; it goes by the variables above.
   if (preloaded.find(preload) == std::string::npos) {

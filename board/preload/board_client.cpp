@@ -21,7 +21,36 @@ using wire::Outcome;
 using wire::Reply;
 using wire::Request;
 
-const char* SocketPath() { return getenv(wire::kSocketVariable); }
+/// What the environment said when the program started. A program may change or clear its
+/// environment, and stays on its board all the same.
+struct Surroundings {
+  char socket_path[sizeof(sockaddr_un::sun_path)];
+  char paths[4096];
+};
+
+void Copy(const char* variable, char* text, size_t size) {
+  const char* value = getenv(variable);
+  if (value != nullptr && strlen(value) < size) {
+    strncpy(text, value, size - 1);
+  }
+}
+
+/// Filled in before main runs, or by the first call of another object's constructor.
+const Surroundings& OurSurroundings() {
+  static Surroundings surroundings;
+  static bool known = false;
+  if (!known) {
+    Copy(wire::kSocketVariable, surroundings.socket_path, sizeof surroundings.socket_path);
+    Copy(wire::kPathsVariable, surroundings.paths, sizeof surroundings.paths);
+    known = true;
+  }
+  return surroundings;
+}
+
+__attribute__((constructor)) void LookAround() { OurSurroundings(); }
+
+/// Empty when the program runs on no board.
+const char* SocketPath() { return OurSurroundings().socket_path; }
 
 /// Whether `path` is an entry of the colon-separated `list`.
 bool IsListed(const char* list, const char* path) {
@@ -59,6 +88,9 @@ int AcceptOpen(int connection, int flags, const Reply& reply, RedirectedPath* re
     case Outcome::kDone:
       return SetStatusFlags(connection, flags) ? connection : CloseAndFail(connection, errno);
     case Outcome::kRedirect:
+      if (reply.header.size >= sizeof redirected->text) {
+        return CloseAndFail(connection, ENAMETOOLONG);
+      }
       redirected->text[reply.header.size] = '\0';
       close(connection);
       return kRedirected;
@@ -82,13 +114,12 @@ bool DeliverDescriptor(const Reply& reply, void* argument) {
 }  // namespace
 
 bool IsBoardPath(const char* path) {
-  const char* list = getenv(wire::kPathsVariable);
-  return path != nullptr && list != nullptr && SocketPath() != nullptr && IsListed(list, path);
+  return path != nullptr && *SocketPath() != '\0' && IsListed(OurSurroundings().paths, path);
 }
 
 bool IsBoardDescriptor(int descriptor) {
   const char* path = SocketPath();
-  if (path == nullptr) {
+  if (*path == '\0') {
     return false;
   }
   const int saved_errno = errno;
@@ -102,6 +133,13 @@ bool IsBoardDescriptor(int descriptor) {
 }
 
 int OpenOnBoard(const char* path, int flags, RedirectedPath* redirected) {
+  // Their values differ between machines, so the server cannot look at them.
+  if ((flags & O_DIRECTORY) != 0) {
+    return Fail(ENOTDIR);
+  }
+  if ((flags & O_CREAT) != 0 && (flags & O_EXCL) != 0) {
+    return Fail(EEXIST);
+  }
   const int saved_errno = errno;
   const int connection = wire::Connect(SocketPath());
   if (connection < 0) {

@@ -62,6 +62,10 @@ bool IsForEveryDescriptor(unsigned long request) {
   return request == FIOCLEX || request == FIONCLEX || request == FIONBIO || request == FIOASYNC;
 }
 
+bool IsBoardRequest(int descriptor, unsigned long request) {
+  return !IsForEveryDescriptor(request) && IsBoardDescriptor(descriptor);
+}
+
 mode_t ModeArgument(int flags, va_list arguments) {
   return TakesMode(flags) ? va_arg(arguments, mode_t) : 0;
 }
@@ -95,6 +99,18 @@ mode_t ModeArgument(int flags, va_list arguments) {
     return name(directory, path, flags);                             \
   }
 
+#define KESTREL_INTERPOSE_IOCTL(name)                                                        \
+  int name(int descriptor, unsigned long request, ...) noexcept {                            \
+    using Function = int(int, unsigned long, ...);                                           \
+    static Function* const next = Next<Function>(#name);                                     \
+    va_list arguments;                                                                       \
+    va_start(arguments, request);                                                            \
+    void* const argument = va_arg(arguments, void*);                                         \
+    va_end(arguments);                                                                       \
+    return IsBoardRequest(descriptor, request) ? IoctlOnBoard(descriptor, request, argument) \
+                                               : next(descriptor, request, argument);        \
+  }
+
 #pragma GCC visibility push(default)
 extern "C" {
 
@@ -103,18 +119,10 @@ KESTREL_INTERPOSE_OPEN(open64)
 KESTREL_INTERPOSE_OPENAT(openat)
 KESTREL_INTERPOSE_OPENAT(openat64)
 
-int ioctl(int descriptor, unsigned long request, ...) noexcept {
-  va_list arguments;
-  va_start(arguments, request);
-  void* const argument = va_arg(arguments, void*);
-  va_end(arguments);
-  if (!IsForEveryDescriptor(request) && IsBoardDescriptor(descriptor)) {
-    return IoctlOnBoard(descriptor, request, argument);
-  }
-  using Function = int(int, unsigned long, ...);
-  static Function* const next = Next<Function>("ioctl");
-  return next(descriptor, request, argument);
-}
+KESTREL_INTERPOSE_IOCTL(ioctl)
+// What ioctl becomes in 32-bit programs that are built for 64-bit time. Elsewhere nobody calls it.
+int __ioctl_time64(int descriptor, unsigned long request, ...) noexcept;
+KESTREL_INTERPOSE_IOCTL(__ioctl_time64)
 
 int close(int descriptor) {
   const int fault = IsBoardDescriptor(descriptor) ? CloseFault(descriptor) : 0;

@@ -12,7 +12,7 @@ DescriptorMessage::DescriptorMessage(void* header, size_t header_size, void* dat
   message_.msg_iovlen = data_size == 0 ? 1 : 2;
 }
 
-ssize_t DescriptorMessage::Send(int socket, int descriptor) {
+ssize_t DescriptorMessage::Send(int socket, int descriptor, int flags) {
   if (descriptor >= 0) {
     message_.msg_control = control_;
     message_.msg_controllen = sizeof control_;
@@ -24,14 +24,15 @@ ssize_t DescriptorMessage::Send(int socket, int descriptor) {
   }
   ssize_t sent;
   do {
-    sent = sendmsg(socket, &message_, MSG_NOSIGNAL);
+    sent = sendmsg(socket, &message_, MSG_NOSIGNAL | flags);
   } while (sent < 0 && errno == EINTR);
   return sent;
 }
 
 ssize_t DescriptorMessage::Receive(int socket) {
   message_.msg_control = control_;
-  message_.msg_controllen = sizeof control_;
+  // Not CMSG_SPACE, whose padding has room for a second descriptor that nobody would close.
+  message_.msg_controllen = CMSG_LEN(sizeof descriptor_);
   ssize_t received;
   do {
     received = recvmsg(socket, &message_, MSG_CMSG_CLOEXEC);

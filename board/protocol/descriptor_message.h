@@ -16,7 +16,7 @@ class DescriptorMessage {
   DescriptorMessage& operator=(const DescriptorMessage&) = delete;
 
   /// As sendmsg and recvmsg, without SIGPIPE and begun again when a signal interrupts them.
-  ssize_t Send(int socket, int descriptor);
+  ssize_t Send(int socket, int descriptor, int flags = 0);
   ssize_t Receive(int socket);
 
   /// The descriptor that was received, or -1.

@@ -77,8 +77,9 @@ int Exchange(int connection, const Request& request, Reply* reply) {
 void SendReply(int reply_socket, const ReplyHeader& header, const void* data, int descriptor) {
   ReplyHeader copy = header;
   DescriptorMessage message(&copy, sizeof copy, const_cast<void*>(data), header.size);
-  // A program that died while it waited for its reply is no concern of the board's.
-  static_cast<void>(message.Send(reply_socket, descriptor));
+  // A program that died while it waited for its reply is no concern of the board's, and neither is
+  // one that passed a socket in which there is no room.
+  static_cast<void>(message.Send(reply_socket, descriptor, MSG_DONTWAIT));
 }
 
 }  // namespace kestrel::board::wire

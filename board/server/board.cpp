@@ -16,11 +16,11 @@ Board::Board(std::string name, const ConfigNode* config, EventLoop& loop) : name
     ConfigReader table = reader.Table(kind.name);
     devices_.emplace_back(kind.name, kind.make(table, loop));
   }
-  for (const std::string& fault : reader.Texts("faults")) {
+  for (const ConfigText& fault : reader.Texts("faults")) {
     try {
-      AddFault(fault);
+      AddFault(fault.text);
     } catch (const UsageError& error) {
-      reader.Refuse("faults", error.what());
+      throw ConfigError(fault.line, error.what());
     }
   }
   reader.RefuseUnknownKeys();
@@ -104,7 +104,7 @@ json Board::Control(const json& request) {
       return device->Control(request);
     }
   }
-  throw BoardError("the board does not know this request: " + request.dump());
+  throw BoardError("the board does not know this request");
 }
 
 }  // namespace kestrel::board

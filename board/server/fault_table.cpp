@@ -8,6 +8,7 @@
 
 #include "devices/device.h"
 #include "host/error.h"
+#include "host/text.h"
 
 namespace kestrel::board {
 namespace {
@@ -16,15 +17,6 @@ namespace {
 constexpr const char* kCalls[] = {"open", "ioctl", "close"};
 
 constexpr int kHighestErrno = 4095;
-
-template <typename Names>
-std::string Join(const Names& names) {
-  std::string joined;
-  for (const auto& name : names) {
-    joined += (joined.empty() ? "" : ", ") + std::string(name);
-  }
-  return joined;
-}
 
 template <typename Names>
 bool Contains(const Names& names, const std::string& name) {

@@ -10,6 +10,7 @@
 #include <cerrno>
 
 #include "host/error.h"
+#include "host/json_text.h"
 #include "protocol/descriptor_message.h"
 #include "protocol/exchange.h"
 
@@ -24,12 +25,7 @@ using wire::ReplyHeader;
 UniqueFd Listen(const std::string& path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) {
-    throw BoardError(path +
-                     ": longer than a socket's path may be; choose a shorter "
-                     "KESTREL_BOARD_DIR or board name");
-  }
-  path.copy(address.sun_path, path.size());
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
   UniqueFd listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!listener.valid() ||
       bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
@@ -256,7 +252,7 @@ void Server::HandleControl(const Message& message) {
   } catch (const json::exception& error) {
     answer = Refusal(error.what(), 1);
   }
-  Send(message.reply_socket.get(), Outcome::kDone, answer.dump());
+  Send(message.reply_socket.get(), Outcome::kDone, ToText(answer));
 }
 
 }  // namespace kestrel::board

@@ -26,12 +26,14 @@ bool IsLineOfChip(GpioLineId line, const gpiochip_info& info) {
 }  // namespace
 
 GpioManager::~GpioManager() {
-  if (chip_fd_ >= 0) {
-    close(chip_fd_);
+  // Somebody's static destructor may still open a line; it must not meet a stale descriptor.
+  const int32_t chip_fd = chip_fd_.exchange(-1);
+  if (chip_fd >= 0) {
+    close(chip_fd);
   }
 }
 
-int32_t GpioManager::OpenChipOnce() {
+int32_t GpioManager::EnsureChipIsOpen() {
   if (chip_fd_ < 0) {
     const nwl::LockGuard guard(g_chip_mutex);
     if (chip_fd_ < 0) {
@@ -42,7 +44,7 @@ int32_t GpioManager::OpenChipOnce() {
 }
 
 int32_t GpioManager::OpenLine(GpioLineId line, uint32_t flags, GpioLevel level) {
-  const int32_t chip_fd = OpenChipOnce();
+  const int32_t chip_fd = EnsureChipIsOpen();
   if (chip_fd < 0) {
     return ReportDeviceFailure("opening GPIO chip");
   }

@@ -23,7 +23,7 @@ class GpioManager {
   int32_t OpenLine(GpioLineId line, uint32_t flags, GpioLevel level);
 
  private:
-  int32_t OpenChipOnce();
+  int32_t EnsureChipIsOpen();
 
   // Read without the lock by every open, hence atomic.
   std::atomic<int32_t> chip_fd_{-1};

@@ -30,11 +30,17 @@ TEST_F(ConfigOption, TomlAndJsonDescribeTheSameBoard) {
 
 TEST_F(ConfigOption, AbsentChipIsEnoent) {
   EXPECT_EQ(RunWith("b.toml", "[gpio]\npresent = false\n").standard_output, "errno 2\n");
+  Start("bench", {"--config", files_.path() + "/b.toml"});
+  EXPECT_NE(Board({"show"}).standard_output.find("32 lines, absent\n"), std::string::npos);
 }
 
 TEST_F(ConfigOption, ReplacedChipIsNoGpioDevice) {
   const ProgramResult result = RunWith("b.toml", "[gpio]\nreplaced-by = \"/dev/null\"\n");
   EXPECT_EQ(result.standard_output, "errno 25\n");
+  Start("bench", {"--config", files_.path() + "/b.toml"});
+  EXPECT_EQ(Board({"show"}).standard_output,
+            "board: bench\ngpio: /dev/gpiochip0, label \"kestrel-board\", 32 lines, replaced by "
+            "/dev/null\n  32 idle inputs, low\n");
   EXPECT_EQ(result.standard_error,
             "[Kestrel:GPIO] Problem getting GPIO info: Inappropriate ioctl for device (25)\n");
 }
@@ -55,9 +61,11 @@ TEST_F(ConfigOption, InvalidFilesAreRefusedWithFileLineAndReason) {
                 ":3: 'gpio.line.pull' must be one of: none, up, down");
   ExpectRefused("g.toml", "[[gpio.line]]\noffset = 3\n[[gpio.line]]\noffset = 3\n",
                 ":4: 'gpio.line.offset': line 3 is described twice");
-  ExpectRefused("h.toml", "faults = [\"open=EFOO\"]\n",
-                ":1: 'faults': fault 'open=EFOO': no errno is called 'EFOO' (such as EIO or "
-                "ENODEV)");
+  ExpectRefused("h.toml", "faults = [\n\"open=EIO\",\n\"open=EFOO\"]\n",
+                ":3: fault 'open=EFOO': no errno is called 'EFOO' (such as EIO or ENODEV)");
+  ExpectRefused("k.toml", "[gpio]\nreplaced-by = \"" + std::string(5000, 'x') + "\"\n",
+                ":2: 'gpio.replaced-by' must be a text of at most 4095 bytes");
+  ExpectRefused("l.toml", "\"a\\nb\" = 1\n", ":1: unknown key 'a b' (known: faults, gpio)");
   ExpectRefused("i.json", "{\n \"gpio\": {\n  \"lines\": 0\n }\n}\n",
                 ":3: 'gpio.lines' must be a whole number from 1 to 512");
   ExpectRefused("j.json", "[]", ":1: the file must be a table");
@@ -77,9 +85,10 @@ TEST_F(ConfigOption, UnparsableFilesAreRefusedWithFileAndLine) {
 }
 
 TEST_F(ConfigOption, UnreadableFilesAreRefused) {
-  const ProgramResult missing = Board({"run", "--config", "/nowhere/x.toml", "true"});
-  EXPECT_EQ(missing.standard_error, "kestrel-board: /nowhere/x.toml: No such file or directory\n");
-  EXPECT_NE(missing.status, 0);
+  ExpectUsageError({"run", "--config", "/nowhere/x.toml", "true"},
+                   "/nowhere/x.toml: No such file or directory");
+  ExpectUsageError({"run", "--config", "", "true"},
+                   ": a configuration file is named *.toml or *.json");
   ExpectUsageError({"run", "--config", "/etc/passwd", "true"},
                    "/etc/passwd: a configuration file is named *.toml or *.json");
 }

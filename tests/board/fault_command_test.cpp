@@ -38,6 +38,25 @@ TEST_F(FaultOption, CanBeChangedWhileTheBoardRuns) {
   EXPECT_EQ(Board({"fault"}).standard_output, "fault: open=EBUSY, 1 such call so far\n");
 }
 
+TEST_F(FaultOption, IsShown) {
+  Start("bench", {"--fault", "open=EIO@2"});
+  EXPECT_NE(Board({"show"}).standard_output.find("fault: open=EIO@2, 0 such calls so far\n"),
+            std::string::npos);
+}
+
+TEST_F(FaultOption, NeedNotBeUtf8ToBeRefused) {
+  Start("bench");
+  EXPECT_EQ(Board({"fault", "open\xff=EIO"}).status, 2);
+  EXPECT_EQ(Board({"line", "4"}).standard_output, "low\n");
+}
+
+TEST_F(FaultOption, MoreThanABoardTakesAtOnceIsRefused) {
+  Start("bench");
+  std::vector<std::string> arguments(10000, "ioctl:0x8044B401=EIO");
+  arguments.insert(arguments.begin(), "fault");
+  ExpectUsageError(arguments, "that is more than a board takes at once");
+}
+
 TEST_F(FaultOption, BadFaultsAreRefusedInOneLine) {
   ExpectUsageError({"run", "--fault", "opne=EIO", "true"},
                    "fault 'opne=EIO': no call is named 'opne' (known: open, ioctl, close)");

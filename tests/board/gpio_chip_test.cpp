@@ -70,6 +70,14 @@ TEST(GpioChip, UndrivenWireKeepsItsLevel) {
   EXPECT_FALSE(chip.Value(0));
 }
 
+TEST(GpioChip, ReleasedOpenDrainLineStaysLetGo) {
+  GpioChip chip("chip", "label", 1);
+  chip.Configure(0, kOpenDrain, true);
+  chip.Release(0);
+  chip.Drive(0, false);
+  EXPECT_FALSE(chip.Value(0));
+}
+
 TEST(GpioChip, ReleasedLineKeepsDirectionAndLevel) {
   GpioChip chip("chip", "label", 1);
   chip.Take(0, "me");

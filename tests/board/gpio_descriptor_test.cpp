@@ -46,6 +46,31 @@ TEST(GpioDescriptor, OpenFlagsAreHonoured) {
   EXPECT_EQ(fcntl(special, F_GETFL) & O_NONBLOCK, O_NONBLOCK);
 }
 
+TEST(GpioDescriptor, OpenFlagsThatNoDeviceCanMeetAreRefused) {
+  EXPECT_EQ(open(kChip, O_RDONLY | O_DIRECTORY), -1);
+  EXPECT_EQ(errno, ENOTDIR);
+  EXPECT_EQ(open(kChip, O_RDWR | O_CREAT | O_EXCL, 0600), -1);
+  EXPECT_EQ(errno, EEXIST);
+}
+
+TEST(GpioDescriptor, RequestsForEveryDescriptorAreTheKernels) {
+  const int chip = OpenChipDevice();
+  int on = 1;
+  EXPECT_EQ(ioctl(chip, FIONCLEX), 0);
+  EXPECT_EQ(fcntl(chip, F_GETFD), 0);
+  EXPECT_EQ(ioctl(chip, FIOCLEX), 0);
+  EXPECT_EQ(fcntl(chip, F_GETFD), FD_CLOEXEC);
+  EXPECT_EQ(ioctl(chip, FIONBIO, &on), 0);
+  EXPECT_EQ(fcntl(chip, F_GETFL) & O_NONBLOCK, O_NONBLOCK);
+}
+
+TEST(GpioDescriptor, ProgramThatClearsItsEnvironmentStaysOnItsBoard) {
+  const int before = OpenChipDevice();
+  clearenv();
+  EXPECT_TRUE(IsChip(before));
+  EXPECT_TRUE(IsChip(OpenChipDevice()));
+}
+
 TEST(GpioDescriptor, OtherPathsAreLeftAlone) {
   EXPECT_EQ(open("/dev/gpiochip00", O_RDONLY), -1);
   EXPECT_EQ(errno, ENOENT);

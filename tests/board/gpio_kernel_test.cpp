@@ -5,6 +5,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <string>
+
 #include "outside_world.h"
 #include "raw_gpio.h"
 
@@ -41,6 +43,39 @@ TEST_F(GpioKernel, LineInfoTellsNamesAndUse) {
             GPIOLINE_FLAG_KERNEL | GPIOLINE_FLAG_IS_OUT | GPIOLINE_FLAG_OPEN_DRAIN);
   close(line);
   EXPECT_EQ(LineInfo(chip_, 8).flags, UINT32_MAX);
+}
+
+TEST_F(GpioKernel, LineInfoTellsEveryFlagUntilTheRelease) {
+  const int input = RequestLine(chip_, 5, kInput | kActiveLow | kPullUp);
+  EXPECT_EQ(LineInfo(chip_, 5).flags,
+            GPIOLINE_FLAG_KERNEL | GPIOLINE_FLAG_ACTIVE_LOW | GPIOLINE_FLAG_BIAS_PULL_UP);
+  close(input);
+  EXPECT_EQ(LineInfo(chip_, 5).flags, 0U);
+  const int output = RequestLine(chip_, 5, kOutput | kOpenSource | kPullDown);
+  EXPECT_EQ(LineInfo(chip_, 5).flags, GPIOLINE_FLAG_KERNEL | GPIOLINE_FLAG_IS_OUT |
+                                          GPIOLINE_FLAG_OPEN_SOURCE | GPIOLINE_FLAG_BIAS_PULL_DOWN);
+  close(output);
+  EXPECT_EQ(LineInfo(chip_, 5).flags, static_cast<uint32_t>(GPIOLINE_FLAG_IS_OUT));
+}
+
+/// The consumer that the chip reports for a line that was requested with `label`.
+std::string ConsumerFor(int chip, const std::string& label) {
+  gpiohandle_request request{};
+  request.lineoffsets[0] = 6;
+  request.lines = 1;
+  label.copy(request.consumer_label, sizeof request.consumer_label);
+  EXPECT_EQ(ioctl(chip, GPIO_GET_LINEHANDLE_IOCTL, &request), 0);
+  const std::string consumer = LineInfo(chip, 6).consumer;
+  EXPECT_EQ(LevelSeenOutside(6), "low") << "the board is still there";
+  close(request.fd);
+  return consumer;
+}
+
+TEST_F(GpioKernel, ConsumersAreWhateverProgramsSay) {
+  EXPECT_EQ(ConsumerFor(chip_, "me"), "me");
+  EXPECT_EQ(ConsumerFor(chip_, ""), "?");
+  EXPECT_EQ(ConsumerFor(chip_, "\xff\xfe bad"), "\xff\xfe bad") << "not UTF-8";
+  EXPECT_EQ(ConsumerFor(chip_, std::string(32, 'x')), std::string(31, 'x'));
 }
 
 TEST_F(GpioKernel, LineUsedByTheKernelIsBusy) {

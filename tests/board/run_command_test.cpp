@@ -54,13 +54,69 @@ TEST_F(RunCommand, ProgramThatCannotBeStartedIsReportedAsAShellWould) {
   EXPECT_EQ(forbidden.standard_error, "kestrel-board: /etc/passwd: Permission denied\n");
 }
 
-TEST_F(RunCommand, SignalsReachTheProgram) {
-  BackgroundProgram board(Arguments({"run", kProbe, "wait"}), environment_);
+class ForwardedSignal : public RunCommand, public testing::WithParamInterface<int> {};
+
+TEST_P(ForwardedSignal, ReachesTheProgramOnce) {
+  const std::string number = std::to_string(GetParam());
+  const std::string script = "trap 'echo caught; caught=1' " + number +
+                             "; echo waiting; until [ $caught ]; do sleep 0.01; done; sleep 0.05; "
+                             "exit 33";
+  BackgroundProgram board(Arguments({"run", "sh", "-c", script}), environment_);
   ASSERT_TRUE(board.WaitForOutput("waiting"));
-  board.Signal(SIGTERM);
+  board.Signal(GetParam());
   const ProgramResult result = board.Wait();
-  EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.standard_output, "level 1\nwaiting\nterminated\n");
+  EXPECT_EQ(result.status, 33);
+  EXPECT_EQ(result.standard_output, "waiting\ncaught\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ForwardedSignal,
+                         testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2,
+                                         SIGALRM, SIGWINCH));
+
+TEST_F(RunCommand, EndsWhereItsParentIgnoresTheEndOfChildren) {
+  const ProgramResult result = RunProgram(
+      {"env", "--ignore-signal=CHLD", KESTREL_BOARD_PROGRAM, "run", kProbe, "3"}, environment_);
+  EXPECT_EQ(result.status, 3);
+}
+
+TEST_F(RunCommand, BoardThatWasKilledIsClearedAwayByTheNext) {
+  BackgroundProgram board(Arguments({"run", "sleep", "1"}), environment_);
+  while (Board({"list"}).standard_output.empty()) {
+    usleep(1000);
+  }
+  board.Signal(SIGKILL);
+  board.Wait();
+  EXPECT_FALSE(folder_.IsEmpty());
+  EXPECT_EQ(Board({"run", "true"}).status, 0);
+}
+
+TEST_F(RunCommand, WorksWhereItsPathHasSpaces) {
+  const TemporaryDirectory copy;
+  const std::string script =
+      "mkdir -p \"$0/a b/bin\" \"$0/a b/" KESTREL_PRELOAD_FOLDER "\" && cp " KESTREL_BOARD_PROGRAM
+      " \"$0/a b/bin\" && cp \"$(dirname " KESTREL_BOARD_PROGRAM ")/../" KESTREL_PRELOAD_FOLDER
+      "/preload.so\" \"$0/a b/" KESTREL_PRELOAD_FOLDER "\"";
+  ASSERT_EQ(RunProgram({"sh", "-c", script, copy.path()}).status, 0);
+  const ProgramResult result =
+      RunProgram({copy.path() + "/a b/bin/kestrel-board", "run", kProbe}, environment_);
+  EXPECT_EQ(result.standard_output, "level 1\n");
+  EXPECT_EQ(result.standard_error, "");
+}
+
+TEST_F(RunCommand, ProgramMayStillUseTheLibraryWhileItExits) {
+  const ProgramResult result = Board({"run", kProbe, "late"});
+  EXPECT_EQ(result.standard_output, "level 1\nlate level 0\n");
+  EXPECT_EQ(result.standard_error, "");
+}
+
+TEST_F(RunCommand, BoardsLieInTheUsersRuntimeFolder) {
+  const Environment environment = {{"KESTREL_BOARD_DIR", ""}, {"XDG_RUNTIME_DIR", folder_.path()}};
+  const std::string script =
+      "stat -c %a " + folder_.path() + "/kestrel-board " + folder_.path() + "/kestrel-board/run-*";
+  const ProgramResult result =
+      RunProgram({"sh", "-c", "umask 0; exec " KESTREL_BOARD_PROGRAM " run sh -c '" + script + "'"},
+                 environment);
+  EXPECT_EQ(result.standard_output, "700\n700\n") << "nobody else may enter";
 }
 
 TEST_F(RunCommand, BoardsRunInParallelWithoutSeeingEachOther) {
@@ -131,6 +187,8 @@ TEST_F(RunCommand, HelpAndVersionGoToStandardOutput) {
   EXPECT_EQ(help.standard_error, "");
   EXPECT_NE(Board({"--help"}).standard_output.find("Examples:"), std::string::npos);
   EXPECT_EQ(Board({"--version"}).standard_output.rfind("kestrel-board ", 0), 0U);
+  const std::string full = KESTREL_BOARD_PROGRAM " --version >/dev/full";
+  EXPECT_EQ(RunProgram({"sh", "-c", full}).status, 1);
 }
 
 TEST_F(RunCommand, TooLongAFolderIsExplained) {
@@ -138,7 +196,7 @@ TEST_F(RunCommand, TooLongAFolderIsExplained) {
   const std::string folder = deep.path() + "/" + std::string(100, 'x');
   const ProgramResult result =
       RunProgram(Arguments({"run", "true"}), {{"KESTREL_BOARD_DIR", folder}});
-  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.status, 2);
   EXPECT_NE(result.standard_error.find("longer than a socket's path may be"), std::string::npos);
 }
 

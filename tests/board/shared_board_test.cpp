@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // start, exec, stop, show and line: a board that several programs share.
 #include <signal.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -90,6 +91,7 @@ TEST_F(SharedBoard, NameOfAKilledBoardCanBeTakenAgain) {
   Start("bench");
   pid_t board = 0;
   std::ifstream(folder_.path() + "/bench/lock") >> board;
+  ASSERT_GT(board, 1);
   ASSERT_EQ(kill(board, SIGKILL), 0);
   while (!Board({"list"}).standard_output.empty()) {
     usleep(1000);
@@ -98,6 +100,33 @@ TEST_F(SharedBoard, NameOfAKilledBoardCanBeTakenAgain) {
   EXPECT_EQ(Board({"line", "4"}).status, 1);
   EXPECT_EQ(Start("bench").status, 0);
   EXPECT_EQ(Board({"line", "4"}).standard_output, "low\n");
+}
+
+class EndingSignal : public SharedBoard, public testing::WithParamInterface<int> {};
+
+TEST_P(EndingSignal, StopsABoardThatCleansUp) {
+  Start("bench");
+  pid_t board = 0;
+  std::ifstream(folder_.path() + "/bench/lock") >> board;
+  ASSERT_GT(board, 1);
+  EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(board) + "/cwd"), "/");
+  EXPECT_EQ(getsid(board), board) << "the terminal's signals must not reach it";
+  kill(board, GetParam());
+  started_.clear();
+  for (int i = 0; i < 5000 && !folder_.IsEmpty(); ++i) {
+    usleep(1000);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, EndingSignal, testing::Values(SIGTERM, SIGINT, SIGHUP));
+
+TEST_F(SharedBoard, MayLieInARelativeFolder) {
+  const std::string board = KESTREL_BOARD_PROGRAM;
+  const std::string script = "cd " + folder_.path() + " && export KESTREL_BOARD_DIR=rel && " +
+                             board + " start b >/dev/null && cd / && cd - >/dev/null && " + board +
+                             " exec b " + kProbe + " && " + board + " stop b && rmdir rel";
+  const ProgramResult result = RunProgram({"sh", "-c", script});
+  EXPECT_EQ(result.standard_output, "level 1\nboard 'b' has stopped\n") << result.standard_error;
 }
 
 TEST_F(SharedBoard, CommandsWantToKnowWhichOfSeveralBoards) {

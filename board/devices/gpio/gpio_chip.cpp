@@ -8,18 +8,17 @@
 namespace kestrel::board::gpio {
 namespace {
 
-constexpr uint32_t kDirections = GPIOHANDLE_REQUEST_INPUT | GPIOHANDLE_REQUEST_OUTPUT;
-
 bool Has(const Line& line, uint32_t flag) { return (line.flags & flag) != 0; }
 
-/// The level to which the chip itself holds the wire, if it does.
-std::optional<bool> ChipDrive(const Line& line) {
-  if (!line.IsOutput()) {
-    return std::nullopt;
-  }
-  const bool released = (Has(line, GPIOHANDLE_REQUEST_OPEN_DRAIN) && line.driven) ||
-                        (Has(line, GPIOHANDLE_REQUEST_OPEN_SOURCE) && !line.driven);
-  return released ? std::nullopt : std::optional<bool>(line.driven);
+bool IsActiveLow(const Line& line) { return Has(line, GPIOHANDLE_REQUEST_ACTIVE_LOW); }
+
+/// What the chip drives for an output's logical value: nothing where an open-drain or open-source
+/// line is let go.
+std::optional<bool> ChipDrive(const Line& line, bool value) {
+  const bool level = value != IsActiveLow(line);
+  const bool released = (Has(line, GPIOHANDLE_REQUEST_OPEN_DRAIN) && level) ||
+                        (Has(line, GPIOHANDLE_REQUEST_OPEN_SOURCE) && !level);
+  return released ? std::nullopt : std::optional<bool>(level);
 }
 
 /// The level to which resistors take a wire that nothing drives. Open-drain and open-source lines
@@ -37,8 +36,6 @@ std::optional<bool> Resistor(const Line& line) {
   return std::nullopt;
 }
 
-bool IsActiveLow(const Line& line) { return Has(line, GPIOHANDLE_REQUEST_ACTIVE_LOW); }
-
 }  // namespace
 
 bool Line::IsOutput() const { return (flags & GPIOHANDLE_REQUEST_OUTPUT) != 0; }
@@ -52,20 +49,22 @@ void GpioChip::Configure(size_t offset, uint32_t flags, bool value) {
   line.flags = flags;
   if ((flags & kDirections) == 0) {
     line.flags |= old_direction;
-  } else if (line.IsOutput()) {
-    line.driven = value != IsActiveLow(line);
+  } else {
+    line.driven = line.IsOutput() ? ChipDrive(line, value) : std::nullopt;
   }
   Settle(offset);
 }
 
 void GpioChip::Take(size_t offset, const std::string& consumer) {
   lines_.at(offset).requested = true;
-  lines_.at(offset).consumer = consumer;
+  lines_.at(offset).consumer = consumer.empty() ? "?" : consumer;
 }
 
 void GpioChip::Release(size_t offset) {
-  lines_.at(offset).requested = false;
-  lines_.at(offset).consumer.clear();
+  Line& line = lines_.at(offset);
+  line.requested = false;
+  line.consumer.clear();
+  line.flags &= kDirections;
 }
 
 bool GpioChip::Value(size_t offset) const {
@@ -75,7 +74,7 @@ bool GpioChip::Value(size_t offset) const {
 
 void GpioChip::SetValue(size_t offset, bool value) {
   Line& line = lines_.at(offset);
-  line.driven = value != IsActiveLow(line);
+  line.driven = ChipDrive(line, value);
   Settle(offset);
 }
 
@@ -86,7 +85,7 @@ void GpioChip::Drive(size_t offset, std::optional<bool> level) {
 
 void GpioChip::Settle(size_t offset) {
   Line& line = lines_.at(offset);
-  for (const std::optional<bool>& source : {ChipDrive(line), line.outside, Resistor(line)}) {
+  for (const std::optional<bool>& source : {line.driven, line.outside, Resistor(line)}) {
     if (source.has_value()) {
       line.level = *source;
       return;

@@ -2,12 +2,16 @@
 #ifndef KESTREL_BOARD_DEVICES_GPIO_GPIO_CHIP_H
 #define KESTREL_BOARD_DEVICES_GPIO_GPIO_CHIP_H
 
+#include <linux/gpio.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace kestrel::board::gpio {
+
+inline constexpr uint32_t kDirections = GPIOHANDLE_REQUEST_INPUT | GPIOHANDLE_REQUEST_OUTPUT;
 
 enum class Pull { kNone, kUp, kDown };
 
@@ -19,7 +23,7 @@ struct Line {
   bool requested = false;
   bool used_by_kernel = false;
   uint32_t flags = 0;           ///< GPIOHANDLE_REQUEST_* of the latest request
-  bool driven = false;          ///< what an output drives; kept when the line is released
+  std::optional<bool> driven;   ///< what the chip itself drives; kept when the line is released
   std::optional<bool> outside;  ///< what the world outside drives, if anything
   Pull pull = Pull::kNone;      ///< a resistor on the board
   bool level = false;           ///< the level of the wire
@@ -44,7 +48,7 @@ class GpioChip {
   /// direction as it is when they name none. `value` is the logical level of an output.
   void Configure(size_t offset, uint32_t flags, bool value);
 
-  /// Requests and releases. A released line keeps its direction and level.
+  /// Requests and releases. A released line keeps its direction and level; its other flags go.
   void Take(size_t offset, const std::string& consumer);
   void Release(size_t offset);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "devices/gpio/gpio_config.h"
 
+#include <climits>
 #include <set>
 #include <utility>
 
@@ -46,7 +47,7 @@ void ReadLine(ConfigReader& reader, GpioChip& chip, std::set<int64_t>& seen) {
 GpioConfig ReadGpioConfig(ConfigReader& reader) {
   GpioConfig config;
   config.present = reader.Boolean("present", true);
-  config.replaced_by = reader.Text("replaced-by", "");
+  config.replaced_by = reader.Text("replaced-by", "", PATH_MAX - 1);
   const std::string name = reader.Text("name", "gpiochip0", kLongestName);
   const std::string label = reader.Text("label", "kestrel-board", kLongestName);
   const int64_t count = reader.Integer("lines", 1, kMostLines, kDefaultLineCount);

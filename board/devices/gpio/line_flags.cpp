@@ -6,7 +6,6 @@
 namespace kestrel::board::gpio {
 namespace {
 
-constexpr uint32_t kDirections = GPIOHANDLE_REQUEST_INPUT | GPIOHANDLE_REQUEST_OUTPUT;
 constexpr uint32_t kDrives = GPIOHANDLE_REQUEST_OPEN_DRAIN | GPIOHANDLE_REQUEST_OPEN_SOURCE;
 constexpr uint32_t kBiases = GPIOHANDLE_REQUEST_BIAS_PULL_UP | GPIOHANDLE_REQUEST_BIAS_PULL_DOWN |
                              GPIOHANDLE_REQUEST_BIAS_DISABLE;
