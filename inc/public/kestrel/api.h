@@ -11,7 +11,8 @@
  *     `errno` set on failure. On success `errno` means nothing.
  *  3. Arguments are checked before any device is touched, in this order: null pointers (EFAULT),
  *     sizes and counts (ERANGE), versions and enumerated values (EINVAL), descriptors (EBADF).
- *     A refused argument prints nothing and changes nothing.
+ *     A refused argument prints nothing and changes nothing. What only the device can tell, such
+ *     as whether it has a line of that number, is found out later; the function says so.
  *  4. A failed operation (as opposed to a refused argument) prints one line to standard error,
  *     which begins with the library's area in brackets, such as "[Kestrel:GPIO] ". Each function
  *     lists what it prints. There are no log levels and no log file.
@@ -23,6 +24,8 @@
  *     same descriptor. The library keeps its own state consistent; which of two concurrent calls
  *     on one device comes first is the kernel's choice. No function is async-signal-safe.
  *  8. A child of `fork` shares the library's descriptors with its parent, as it shares its own.
+ *     Where other threads may have been in a call at the time of the fork, the child must `exec`
+ *     before it calls the library, as with any lock.
  *  9. Enumerations are integer types of a fixed width with named constants, so that their size
  *     does not depend on the compiler. Levels, modes and the like outside the named constants are
  *     refused with EINVAL.

@@ -6,7 +6,8 @@
  * An open line is a descriptor of the kernel. While it is open, nobody else can open the line, in
  * this process or another. Close it with `close` to release the line. The library keeps one
  * descriptor of its own, that of the chip: the first successful open makes it, and it is closed
- * when the library is unloaded or the process exits.
+ * when the library is unloaded or the process exits. It is not close-on-exec, so programs that the
+ * application starts inherit it unless the application closes it for them.
  *
  *     int led = GPIO_OpenAsOutput(4, GpioDriveMode_PushPull, GpioLevel_Low);
  *     if (led < 0) return errno;
@@ -51,7 +52,8 @@ enum { GpioLevel_Low = 0, GpioLevel_High = 1 };
  * @return the line's descriptor (0 or more, close-on-exec), which the caller closes; or -1 with
  *   errno set:
  *   - EINVAL: `mode` or `initial` is not one of the constants. Prints nothing, touches nothing.
- *   - ENODEV: the chip has no such line, negative offsets included. Prints nothing.
+ *   - ENODEV: the chip, once it has been opened and asked, has no such line; negative offsets
+ *     included. Prints nothing.
  *   - ENOENT, EACCES, EMFILE and the other errors of `open`: the chip cannot be opened; the next
  *     call tries again. Prints "[Kestrel:GPIO] Problem opening GPIO chip: TEXT (NUMBER)".
  *   - ENODEV, EIO and so on: the chip does not tell about itself. Prints
@@ -76,7 +78,8 @@ KESTREL_API int GPIO_OpenAsInput(GpioLineId line);
 /**
  * Drives an open output line.
  *
- * Thread-safe. Does not block.
+ * Thread-safe. Returns as soon as the kernel has set the line: at once on most chips, after a
+ * transfer for one that sits behind a bus.
  *
  * @param fd    descriptor from GPIO_OpenAsOutput(), still the caller's
  * @param value GpioLevel_Low or GpioLevel_High; an open-drain line is released by high, an
@@ -93,7 +96,7 @@ KESTREL_API int GPIO_SetValue(int fd, GpioLevel value);
 /**
  * Reads the level of an open line. An output can be read as well.
  *
- * Thread-safe. Does not block.
+ * Thread-safe. Returns as soon as the kernel has read the line, as GPIO_SetValue() does.
  *
  * @param fd    descriptor from GPIO_OpenAsInput() or GPIO_OpenAsOutput(), still the caller's
  * @param value receives GpioLevel_Low or GpioLevel_High; untouched on failure
