@@ -7,7 +7,7 @@ namespace kestrel::test {
 namespace {
 
 TEST(DebugLogExample, WritesToStandardError) {
-  EXPECT_THAT(RunProgram(OnBoard({DEBUG_LOG})),
+  EXPECT_THAT(RunOnBoard({DEBUG_LOG}),
               Ends(0, "", "starting with 2 sensors\n[heating] 21.5 degrees, valve open\n"));
 }
 

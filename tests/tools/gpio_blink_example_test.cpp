@@ -8,7 +8,7 @@ namespace kestrel::test {
 namespace {
 
 TEST(GpioBlinkExample, BlinksAndReadsBack) {
-  EXPECT_THAT(RunProgram(OnBoard({GPIO_BLINK, "7", "8", "3"})),
+  EXPECT_THAT(RunOnBoard({GPIO_BLINK, "7", "8", "3"}),
               Ends(0,
                    "round  1   LED high -> reads high   button low\n"
                    "round  2   LED low  -> reads low    button low\n"
@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(Every, GpioBlinkFaults,
                                                "getting GPIO value", "read the button"}));
 
 TEST_P(GpioBlinkFaults, EndItWithAMessage) {
-  const ProgramResult result = RunProgram(OnBoard({GPIO_BLINK, "4", "3", "1"}, {GetParam().fault}));
+  const ProgramResult result = RunOnBoard({GPIO_BLINK, "4", "3", "1"}, {GetParam().fault});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.standard_output, "");
   EXPECT_THAT(result.standard_error,

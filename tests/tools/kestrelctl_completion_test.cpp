@@ -68,6 +68,31 @@ TEST(KestrelctlCompletion, OffersTheValuesOfAnOption) {
   EXPECT_THAT(Complete({"gpio", "watch", "--interval", ""}), IsEmpty());
 }
 
+TEST(KestrelctlCompletion, OffersLevelsAfterTheEqualsSign) {
+  EXPECT_THAT(Complete({"gpio", "set", "4="}),
+              UnorderedElementsAre("4=high", "4=low", "4=0", "4=1"));
+  EXPECT_THAT(Complete({"gpio", "set", "4=1", "5=h"}), ElementsAre("5=high"));
+  EXPECT_THAT(Complete({"gpio", "get", "4="}), IsEmpty());
+}
+
+TEST(KestrelctlCompletion, OffersTheValuesOfAnOptionAfterTheEqualsSign) {
+  EXPECT_THAT(Complete({"gpio", "set", "--drive=open-"}),
+              UnorderedElementsAre("--drive=open-drain", "--drive=open-source"));
+  EXPECT_THAT(Complete({"gpio", "set", "--hold="}), IsEmpty());
+  EXPECT_THAT(Complete({"gpio", "set", "--drive=open-drain", "--h"}),
+              UnorderedElementsAre("--hold", "--help"));
+}
+
+/// Interactive bash makes the equals sign a word, and replaces what follows it alone.
+TEST(KestrelctlCompletion, OffersTheRestOfAWordThatBashHasSplit) {
+  EXPECT_THAT(Complete({"gpio", "set", "4", "="}), UnorderedElementsAre("high", "low", "0", "1"));
+  EXPECT_THAT(Complete({"gpio", "set", "4", "=", "1", "5", "=", "h"}), ElementsAre("high"));
+  EXPECT_THAT(Complete({"gpio", "set", "--drive", "=", "open-"}),
+              UnorderedElementsAre("open-drain", "open-source"));
+  EXPECT_THAT(Complete({"gpio", "set", "4", "=", "1", "--d"}), ElementsAre("--drive"));
+  EXPECT_THAT(Complete({"gpio", "watch", "--interval", "="}), IsEmpty());
+}
+
 TEST(KestrelctlCompletion, KnowsEveryOptionOfEveryCommand) {
   for (const Words& command :
        {Words{"gpio", "get"}, Words{"gpio", "set"}, Words{"gpio", "watch"}, Words{"log"}}) {

@@ -9,7 +9,7 @@ namespace {
 
 /// Runs a shell line on a board, in which "$0" is kestrelctl.
 ProgramResult RunShellLine(const std::string& line) {
-  return RunProgram(OnBoard({"/bin/bash", "-c", line, KESTRELCTL}));
+  return RunOnBoard({"/bin/bash", "-c", line, KESTRELCTL});
 }
 
 TEST(KestrelctlOutput, FailsOnAClosedStandardOutput) {
@@ -32,6 +32,19 @@ TEST(KestrelctlOutput, FailsOnAPipeWithoutReader) {
       RunProgram({"/bin/bash", "-c", "\"$0\" --version >&" + std::to_string(ends[1]), KESTRELCTL}),
       Ends(1, "", "kestrelctl: standard output: EPIPE: Broken pipe\n"));
   close(ends[1]);
+}
+
+TEST(KestrelctlOutput, EndsAWatchThatNobodyReadsAnyMore) {
+  EXPECT_THAT(RunShellLine("timeout 20 \"$0\" gpio watch 3 | read -r; exit ${PIPESTATUS[0]}"),
+              Ends(1, "", "kestrelctl: standard output: EPIPE: Broken pipe\n"));
+}
+
+TEST(KestrelctlOutput, IsNoFailureWhenASignalEndsItsReaderAsWell) {
+  const std::string both_at_once =
+      "coproc watch { exec \"$0\" gpio watch 3 --interval 20000; }; pid=$watch_PID;"
+      "read -ru ${watch[0]}; kill -STOP $pid; exec {watch[0]}<&-;"
+      "kill -INT $pid; kill -CONT $pid; wait $pid";
+  EXPECT_THAT(RunShellLine(both_at_once), Ends(0, "", ""));
 }
 
 TEST(KestrelctlOutput, FeedsOtherPrograms) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
@@ -12,6 +13,9 @@ namespace kestrel::test {
 namespace {
 
 using nlohmann::json;
+using Clock = std::chrono::steady_clock;
+
+const std::string kReading = "ioctl:GPIOHANDLE_GET_LINE_VALUES_IOCTL";
 
 /// What was printed, with each time stamp as TIME.
 std::string WithoutTimes(const std::string& text) {
@@ -27,6 +31,20 @@ class KestrelctlWatch : public testing::Test {
     return BackgroundProgram(board_.Exec(command));
   }
 
+  /// From here on, the board counts the readings of levels.
+  void CountReadings() { board_.Board({"fault", kReading + "=EIO@1000000"}); }
+
+  int Readings() const {
+    return json::parse(board_.Board({"fault", "--json"})).at("faults").at(0).at("calls");
+  }
+
+  void WaitForReadings(int count) const {
+    const auto deadline = Clock::now() + std::chrono::seconds(20);
+    while (Readings() < count && Clock::now() < deadline) {
+    }
+    EXPECT_GE(Readings(), count);
+  }
+
   SharedBoard board_;
 };
 
@@ -40,6 +58,27 @@ TEST_F(KestrelctlWatch, PrintsTheLevelAndEachChange) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(WithoutTimes(result.standard_output), "TIME 3=low\nTIME 3=high\n");
   EXPECT_EQ(result.standard_error, "");
+}
+
+TEST_F(KestrelctlWatch, IsSilentWhileNothingChanges) {
+  for (const std::string level : {"low", "high"}) {
+    board_.Drive(3, level);
+    BackgroundProgram watch = Start({"3"});
+    ASSERT_TRUE(watch.WaitForOutput("3=" + level + "\n"));
+    CountReadings();
+    WaitForReadings(12);
+    watch.Signal(SIGINT);
+    EXPECT_EQ(WithoutTimes(watch.Wait().standard_output), "TIME 3=" + level + "\n");
+    board_.Board({"fault", "--clear"});
+  }
+}
+
+TEST_F(KestrelctlWatch, ReadsOnceAnInterval) {
+  CountReadings();
+  const auto start = Clock::now();
+  const BackgroundProgram watch = Start({"3", "--interval", "300"});
+  WaitForReadings(4);
+  EXPECT_GE(Clock::now() - start, 3 * std::chrono::milliseconds(300));
 }
 
 TEST_F(KestrelctlWatch, FollowsSeveralLines) {
@@ -90,8 +129,7 @@ TEST_F(KestrelctlWatch, RefusesABusyLine) {
 }
 
 TEST(KestrelctlWatchFaults, EndItAfterTheLevelsSoFar) {
-  const ProgramResult result =
-      Kestrelctl({"gpio", "watch", "3"}, {"ioctl:GPIOHANDLE_GET_LINE_VALUES_IOCTL=EIO@3"});
+  const ProgramResult result = Kestrelctl({"gpio", "watch", "3"}, {kReading + "=EIO@3"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(WithoutTimes(result.standard_output), "TIME 3=low\n");
   EXPECT_EQ(result.standard_error, "kestrelctl: line 3: EIO: Input/output error\n");

@@ -2,7 +2,6 @@
 #include "on_board.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 namespace kestrel::test {
 namespace {
@@ -13,11 +12,6 @@ Words Joined(Words left, const Words& right) {
 }
 
 Words KestrelctlCommand(const Words& arguments) { return Joined({KESTRELCTL}, arguments); }
-
-std::string UniqueName() {
-  static int count = 0;
-  return "tools-" + std::to_string(getpid()) + "-" + std::to_string(++count);
-}
 
 }  // namespace
 
@@ -33,26 +27,37 @@ testing::Matcher<const ProgramResult&> Ends(int status, const std::string& outpu
                         testing::Field("standard_error", &ProgramResult::standard_error, error));
 }
 
-Words OnBoard(const Words& program, const Words& faults) {
-  Words command = {KESTREL_BOARD, "run"};
+BoardFolder::~BoardFolder() { EXPECT_TRUE(folder_.IsEmpty()) << "a board left something behind"; }
+
+Words BoardFolder::Board(const Words& arguments) const {
+  return Joined({"env", "KESTREL_BOARD_DIR=" + folder_.path(), KESTREL_BOARD}, arguments);
+}
+
+ProgramResult RunOnBoard(const Words& program, const Words& faults) {
+  const BoardFolder folder;
+  Words command = {"run"};
   for (const std::string& fault : faults) {
     command = Joined(command, {"--fault", fault});
   }
-  return Joined(Joined(command, {"--"}), program);
+  return RunProgram(folder.Board(Joined(Joined(command, {"--"}), program)));
 }
 
 ProgramResult Kestrelctl(const Words& arguments, const Words& faults) {
-  return RunProgram(OnBoard(KestrelctlCommand(arguments), faults));
+  return RunOnBoard(KestrelctlCommand(arguments), faults);
 }
 
-SharedBoard::SharedBoard() : name_(UniqueName()) {
-  EXPECT_EQ(RunProgram({KESTREL_BOARD, "start", name_}).status, 0);
-}
+SharedBoard::SharedBoard() { Board({"start", "shared"}); }
 
-SharedBoard::~SharedBoard() { EXPECT_EQ(RunProgram({KESTREL_BOARD, "stop", name_}).status, 0); }
+SharedBoard::~SharedBoard() { Board({"stop", "shared"}); }
+
+std::string SharedBoard::Board(const Words& arguments) const {
+  const ProgramResult result = RunProgram(folder_.Board(arguments));
+  EXPECT_EQ(result.status, 0) << result.standard_error;
+  return result.standard_output;
+}
 
 Words SharedBoard::Exec(const Words& program) const {
-  return Joined({KESTREL_BOARD, "exec", name_, "--"}, program);
+  return folder_.Board(Joined({"exec", "shared", "--"}, program));
 }
 
 ProgramResult SharedBoard::Kestrelctl(const Words& arguments) const {
@@ -60,13 +65,9 @@ ProgramResult SharedBoard::Kestrelctl(const Words& arguments) const {
 }
 
 void SharedBoard::Drive(int line, const std::string& level) const {
-  const Words command = {KESTREL_BOARD, "line", std::to_string(line), level, "--board", name_};
-  EXPECT_EQ(RunProgram(command).status, 0);
+  Board({"line", std::to_string(line), level});
 }
 
-std::string SharedBoard::LevelOf(int line) const {
-  const Words command = {KESTREL_BOARD, "line", std::to_string(line), "--board", name_};
-  return RunProgram(command).standard_output;
-}
+std::string SharedBoard::LevelOf(int line) const { return Board({"line", std::to_string(line)}); }
 
 }  // namespace kestrel::test

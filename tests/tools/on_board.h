@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/run_program.h"
+#include "support/temporary_directory.h"
 
 namespace kestrel::test {
 
@@ -19,8 +20,23 @@ void PrintTo(const ProgramResult& result, std::ostream* stream);
 testing::Matcher<const ProgramResult&> Ends(int status, const std::string& output,
                                             const std::string& error);
 
-/// The command that runs `program` on a board of its own, with the given faults.
-Words OnBoard(const Words& program, const Words& faults = {});
+/// Where the boards of a test lie, apart from those of the user. They must leave nothing in it.
+class BoardFolder {
+ public:
+  BoardFolder() = default;
+  ~BoardFolder();
+  BoardFolder(const BoardFolder&) = delete;
+  BoardFolder& operator=(const BoardFolder&) = delete;
+
+  /// The command `kestrel-board ARGUMENT…` for a board in this folder.
+  Words Board(const Words& arguments) const;
+
+ private:
+  TemporaryDirectory folder_;
+};
+
+/// Runs `program` on a board of its own, with the given faults.
+ProgramResult RunOnBoard(const Words& program, const Words& faults = {});
 
 /// Runs `kestrelctl ARGUMENT…` on a board of its own, with the given faults.
 ProgramResult Kestrelctl(const Words& arguments, const Words& faults = {});
@@ -33,6 +49,9 @@ class SharedBoard {
   SharedBoard(const SharedBoard&) = delete;
   SharedBoard& operator=(const SharedBoard&) = delete;
 
+  /// Runs `kestrel-board ARGUMENT…`, which must succeed, and returns what it prints.
+  std::string Board(const Words& arguments) const;
+
   /// The command that runs `program` on this board.
   Words Exec(const Words& program) const;
   ProgramResult Kestrelctl(const Words& arguments) const;
@@ -42,7 +61,7 @@ class SharedBoard {
   std::string LevelOf(int line) const;
 
  private:
-  std::string name_;
+  BoardFolder folder_;
 };
 
 }  // namespace kestrel::test

@@ -2,6 +2,7 @@
 #include "gpio_actions.h"
 
 #include <sys/time.h>
+#include <unistd.h>
 
 #include <ctime>
 #include <nlohmann/json.hpp>
@@ -144,12 +145,14 @@ int WatchLines(const std::vector<GpioLineId>& numbers, Milliseconds interval, Fo
   if (watched.empty()) {
     return kFailed;
   }
-  do {
+  WaitEnd end = WaitEnd::kTime;
+  while (end == WaitEnd::kTime) {
     if (!ShowChanges(watched, format)) {
       return kFailed;
     }
-  } while (!interruption.WaitFor(interval));
-  return kDone;
+    end = interruption.WaitFor(interval, STDOUT_FILENO);
+  }
+  return end == WaitEnd::kSignal ? kDone : ReportLostReader();
 }
 
 }  // namespace kestrelctl

@@ -23,73 +23,78 @@ struct GpioArguments {
   Format format() const { return json ? Format::kJson : Format::kText; }
 };
 
-using Arguments = std::shared_ptr<GpioArguments>;  // kept by the callbacks of its command
+/// Checks the arguments and returns what does as they say.
+using Prepare = Action (*)(const GpioArguments& arguments);
 
-CLI::App* AddCommand(CLI::App& gpio, const Arguments& arguments, const char* name,
-                     const char* description, const char* examples) {
+struct GpioCommand {
+  CLI::App* app;
+  GpioArguments& arguments;  ///< kept by the callback of `app`
+};
+
+GpioCommand AddCommand(CLI::App& gpio, const char* name, const char* description,
+                       const char* examples, Prepare prepare, Action& action) {
+  const auto arguments = std::make_shared<GpioArguments>();
   CLI::App* const command = gpio.add_subcommand(name, description);
   command->footer(std::string("Examples:\n") + examples);
   command->add_flag("--json", arguments->json, "Print JSON");
   command->add_flag("-v,--verbose", arguments->verbose, "Show the library's own diagnostics, too");
-  return command;
+  command->callback([arguments, prepare, &action] {
+    ShowLibraryDiagnostics(arguments->verbose);
+    action = prepare(*arguments);
+  });
+  return {command, *arguments};
+}
+
+void AddLines(const GpioCommand& command, const char* form, const char* description) {
+  command.app->add_option(form, command.arguments.lines, description)->required()->type_name("");
 }
 
 void AddGet(CLI::App& gpio, Action& action) {
-  const auto arguments = std::make_shared<GpioArguments>();
-  CLI::App* const command =
-      AddCommand(gpio, arguments, "get", "Open lines as inputs and print their levels",
-                 "  kestrelctl gpio get 3\n"
-                 "  kestrelctl gpio get 3 4 --json");
-  command->add_option("LINE", arguments->lines, "Line numbers, from 0")->required()->type_name("");
-  command->callback([arguments, &action] {
-    action = [lines = ParseLines(arguments->lines), arguments] {
-      ShowLibraryDiagnostics(arguments->verbose);
-      return GetLines(lines, arguments->format());
+  const Prepare prepare = [](const GpioArguments& arguments) -> Action {
+    return [lines = ParseLines(arguments.lines), format = arguments.format()] {
+      return GetLines(lines, format);
     };
-  });
+  };
+  const GpioCommand get = AddCommand(gpio, "get", "Open lines as inputs and print their levels",
+                                     "  kestrelctl gpio get 3\n"
+                                     "  kestrelctl gpio get 3 4 --json",
+                                     prepare, action);
+  AddLines(get, "LINE", "Line numbers, from 0");
 }
 
 void AddSet(CLI::App& gpio, Action& action) {
-  const auto arguments = std::make_shared<GpioArguments>();
-  CLI::App* const command =
-      AddCommand(gpio, arguments, "set", "Open lines as outputs and drive them",
-                 "  kestrelctl gpio set 4=high 5=0\n"
-                 "  kestrelctl gpio set 4=low --drive open-drain --hold 2.5");
-  command->add_option("LINE=LEVEL", arguments->lines, "Levels are 0, 1, low and high")
-      ->required()
-      ->type_name("");
-  command->add_option("--drive", arguments->drive, "push-pull (default), open-drain or open-source")
+  const Prepare prepare = [](const GpioArguments& arguments) -> Action {
+    const Setting setting{ParseAssignments(arguments.lines), ParseDrive(arguments.drive),
+                          ParseHold(arguments.hold)};
+    return [setting, format = arguments.format()] { return SetLines(setting, format); };
+  };
+  const GpioCommand set = AddCommand(gpio, "set", "Open lines as outputs and drive them",
+                                     "  kestrelctl gpio set 4=high 5=0\n"
+                                     "  kestrelctl gpio set 4=low --drive open-drain --hold 2.5",
+                                     prepare, action);
+  AddLines(set, "LINE=LEVEL", "Levels are 0, 1, low and high");
+  set.app
+      ->add_option("--drive", set.arguments.drive, "push-pull (default), open-drain or open-source")
       ->type_name("MODE");
-  command->add_option("--hold", arguments->hold, "Keep the lines so long before releasing them")
+  set.app->add_option("--hold", set.arguments.hold, "Keep the lines so long before releasing them")
       ->type_name("SECONDS");
-  command->callback([arguments, &action] {
-    const Setting setting{ParseAssignments(arguments->lines), ParseDrive(arguments->drive),
-                          ParseHold(arguments->hold)};
-    action = [setting, arguments] {
-      ShowLibraryDiagnostics(arguments->verbose);
-      return SetLines(setting, arguments->format());
-    };
-  });
 }
 
 void AddWatch(CLI::App& gpio, Action& action) {
-  const auto arguments = std::make_shared<GpioArguments>();
-  CLI::App* const command =
-      AddCommand(gpio, arguments, "watch", "Print the levels of inputs and each change of them",
+  const Prepare prepare = [](const GpioArguments& arguments) -> Action {
+    return [lines = ParseLines(arguments.lines), interval = ParseInterval(arguments.interval),
+            format = arguments.format()] { return WatchLines(lines, interval, format); };
+  };
+  const GpioCommand watch =
+      AddCommand(gpio, "watch", "Print the levels of inputs and each change of them",
                  "  kestrelctl gpio watch 3\n"
-                 "  kestrelctl gpio watch 3 4 --interval 100 --json");
-  command->add_option("LINE", arguments->lines, "Line numbers, from 0")->required()->type_name("");
-  command
-      ->add_option("--interval", arguments->interval,
+                 "  kestrelctl gpio watch 3 4 --interval 100 --json",
+                 prepare, action);
+  AddLines(watch, "LINE", "Line numbers, from 0");
+  watch.app
+      ->add_option("--interval", watch.arguments.interval,
                    "Time from one reading to the next (default 20)")
       ->type_name("MS");
-  command->callback([arguments, &action] {
-    action = [lines = ParseLines(arguments->lines), interval = ParseInterval(arguments->interval),
-              arguments] {
-      ShowLibraryDiagnostics(arguments->verbose);
-      return WatchLines(lines, interval, arguments->format());
-    };
-  });
 }
 
 }  // namespace

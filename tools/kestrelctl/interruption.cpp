@@ -1,41 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "interruption.h"
 
-#include <cerrno>
-#include <ctime>
+#include <poll.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
 
 namespace kestrelctl {
-namespace {
 
-using Clock = std::chrono::steady_clock;
-
-timespec Until(Clock::time_point end) {
-  const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(end - Clock::now());
-  if (left.count() <= 0) {
-    return {0, 0};
+Interruption::Interruption() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  signals_ = signalfd(-1, &signals, SFD_CLOEXEC);
+  if (signals_ >= 0) {
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
   }
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-  return {static_cast<time_t>(seconds.count()), static_cast<long>((left - seconds).count())};
 }
 
-}  // namespace
+Interruption::~Interruption() { close(signals_); }
 
-Interruption::Interruption() : signals_() {
-  sigemptyset(&signals_);
-  sigaddset(&signals_, SIGINT);
-  sigaddset(&signals_, SIGTERM);
-  sigprocmask(SIG_BLOCK, &signals_, nullptr);
-}
-
-bool Interruption::WaitFor(std::chrono::milliseconds time) const {
-  const Clock::time_point end = Clock::now() + time;
-  int signal = -1;
-  do {
-    const timespec left = Until(end);
-    signal = sigtimedwait(&signals_, nullptr, &left);
-    // A stop and a continue end the wait early with EINTR.
-  } while (signal < 0 && errno == EINTR);
-  return signal > 0;
+WaitEnd Interruption::WaitFor(std::chrono::milliseconds time, int output) const {
+  // POLLERR and POLLHUP, which tell that the reader has gone, need not be asked for.
+  pollfd events[] = {{signals_, POLLIN, 0}, {output, 0, 0}};
+  // The kernel itself resumes a poll after a stop and a continue.
+  if (poll(events, 2, static_cast<int>(time.count())) <= 0) {
+    return WaitEnd::kTime;
+  }
+  // Ctrl-C ends the reader as well, which is then no failure.
+  return events[0].revents != 0 ? WaitEnd::kSignal : WaitEnd::kLostReader;
 }
 
 }  // namespace kestrelctl

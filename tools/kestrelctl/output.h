@@ -9,6 +9,9 @@ namespace kestrelctl {
 /// Writes `text` to standard output at once. Returns false after reporting a failure.
 bool Print(const std::string& text);
 
+/// Reports what the next Print would: that nobody reads standard output. Returns kFailed.
+int ReportLostReader();
+
 }  // namespace kestrelctl
 
 #endif  // KESTREL_TOOLS_KESTRELCTL_OUTPUT_H

@@ -1,12 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
 # Completion of kestrelctl for bash.
 
-# The words that may follow, given the command typed so far and the option whose value is wanted.
+# The words that may follow, given the command typed so far and the word before: an option whose
+# value is wanted or, where the value follows an equals sign, all that is left of it, such as "4=".
 _kestrelctl_words() {
   local command="$1" previous="$2"
   case "$command/$previous" in
-    "gpio set/--drive") echo "push-pull open-drain open-source" ;;
-    */--hold | */--interval) ;;
+    "gpio set/--drive" | "gpio set/--drive=") echo "push-pull open-drain open-source" ;;
+    "gpio set/"[0-9]*=) echo "high low 0 1" ;;
+    */--hold | */--interval | */*=) ;;
     "/"*) echo "gpio log --help --version" ;;
     "gpio/"*) echo "get set watch --help" ;;
     "gpio get/"*) echo "--json --verbose --help" ;;
@@ -29,9 +31,20 @@ _kestrelctl_command() {
 }
 
 _kestrelctl() {
-  local current="${COMP_WORDS[COMP_CWORD]}" previous="${COMP_WORDS[COMP_CWORD - 1]}" command
+  local current="${COMP_WORDS[COMP_CWORD]}" previous="${COMP_WORDS[COMP_CWORD - 1]}"
+  local command words prefix=""
+  # Bash takes an equals sign for a word of its own, unless COMP_WORDBREAKS has none. It replaces
+  # the current word, to which "4=" then does not belong.
+  if [[ "$current" == "=" ]]; then
+    previous+="=" current=""
+  elif [[ "$previous" == "=" && -n "$current" ]]; then
+    previous="${COMP_WORDS[COMP_CWORD - 2]}="
+  elif [[ "$current" == *=* ]]; then
+    prefix="${current%%=*}=" previous="$prefix" current="${current#*=}"
+  fi
   command="$(_kestrelctl_command "${COMP_WORDS[@]:1:COMP_CWORD-1}")"
-  mapfile -t COMPREPLY < <(compgen -W "$(_kestrelctl_words "$command" "$previous")" -- "$current")
+  words="$(_kestrelctl_words "$command" "$previous")"
+  mapfile -t COMPREPLY < <(compgen -P "$prefix" -W "$words" -- "$current")
 }
 
 complete -F _kestrelctl kestrelctl
