@@ -26,10 +26,8 @@ bool IsLineOfChip(GpioLineId line, const gpiochip_info& info) {
 }  // namespace
 
 GpioManager::~GpioManager() {
-  // Somebody's static destructor may still open a line; it must not meet a stale descriptor.
-  const int32_t chip_fd = chip_fd_.exchange(-1);
-  if (chip_fd >= 0) {
-    close(chip_fd);
+  if (chip_fd_ >= 0) {
+    close(chip_fd_);
   }
 }
 

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /* A program that knows nothing of boards: opens line 4 as an output that is high, writes its level
  * to standard output, and returns its first argument as its exit status. With "wait" it waits for
- * SIGTERM instead; with "late" it opens another line while it exits. */
+ * SIGTERM instead. */
 #define _DEFAULT_SOURCE /* usleep and sigaction */
 #include <errno.h>
 #include <kestrel/gpio.h>
@@ -30,19 +30,7 @@ static void wait_for_signal(void) {
   puts("terminated");
 }
 
-static void open_late(void) {
-  GpioLevel level = GpioLevel_High;
-  const int line = GPIO_OpenAsInput(5);
-  if (line >= 0 && GPIO_GetValue(line, &level) == 0) {
-    printf("late level %d\n", level);
-  }
-}
-
 int main(int argc, char** argv) {
-  /* Handlers run last first, so this one runs when the library's own have. */
-  if (argc > 1 && strcmp(argv[1], "late") == 0) {
-    atexit(open_late);
-  }
   const int line = GPIO_OpenAsOutput(4, GpioDriveMode_PushPull, GpioLevel_High);
   GpioLevel level = GpioLevel_Low;
   if (line < 0 || GPIO_GetValue(line, &level) != 0) {

@@ -103,12 +103,6 @@ TEST_F(RunCommand, WorksWhereItsPathHasSpaces) {
   EXPECT_EQ(result.standard_error, "");
 }
 
-TEST_F(RunCommand, ProgramMayStillUseTheLibraryWhileItExits) {
-  const ProgramResult result = Board({"run", kProbe, "late"});
-  EXPECT_EQ(result.standard_output, "level 1\nlate level 0\n");
-  EXPECT_EQ(result.standard_error, "");
-}
-
 TEST_F(RunCommand, BoardsLieInTheUsersRuntimeFolder) {
   const Environment environment = {{"KESTREL_BOARD_DIR", ""}, {"XDG_RUNTIME_DIR", folder_.path()}};
   const std::string script =

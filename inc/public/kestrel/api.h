@@ -26,10 +26,13 @@
  *  8. A child of `fork` shares the library's descriptors with its parent, as it shares its own.
  *     Where other threads may have been in a call at the time of the fork, the child must `exec`
  *     before it calls the library, as with any lock.
- *  9. Enumerations are integer types of a fixed width with named constants, so that their size
+ *  9. The library's objects are destroyed when it is unloaded or the process exits, in the order in
+ *     which C++ destroys statics. Functions that run later still, such as an `atexit` handler that
+ *     was registered before the first call, must not call the library.
+ * 10. Enumerations are integer types of a fixed width with named constants, so that their size
  *     does not depend on the compiler. Levels, modes and the like outside the named constants are
  *     refused with EINVAL.
- * 10. Functions whose names begin with `z__` take a versioned record. Initialise the record with
+ * 11. Functions whose names begin with `z__` take a versioned record. Initialise the record with
  *     the function that the header names, and compile against the header that you deploy with.
  */
 #ifndef KESTREL_API_H
