@@ -29,7 +29,7 @@ class string {
   string(const string& other) = default;
   string(string&& other) noexcept : text_(std::move(other.text_)) { other.clear(); }
   string(const string& other, size_type position, size_type n = npos)
-      : text_(other.From(position), position, n) {}
+      : text_(other.CheckedAt(position), position, n) {}
   string(const char* text, size_type n) : text_(text, n) {}
   string(const char* text) : text_(text) {}
   string(size_type n, char c) : text_(n, c) {}
@@ -51,26 +51,26 @@ class string {
     return *this;
   }
 
-  string& assign(const string& other) { return Changed(text_.assign(other.text_)); }
+  string& assign(const string& other) { return Self(text_.assign(other.text_)); }
   string& assign(string&& other) noexcept {
     string taken(std::move(other));
     swap(taken);
     return *this;
   }
   string& assign(const string& other, size_type position, size_type n = npos) {
-    return Changed(text_.assign(other.From(position), position, n));
+    return Self(text_.assign(other.CheckedAt(position), position, n));
   }
-  string& assign(const char* text, size_type n) { return Changed(text_.assign(text, n)); }
-  string& assign(const char* text) { return Changed(text_.assign(text)); }
-  string& assign(size_type n, char c) { return Changed(text_.assign(n, c)); }
+  string& assign(const char* text, size_type n) { return Self(text_.assign(text, n)); }
+  string& assign(const char* text) { return Self(text_.assign(text)); }
+  string& assign(size_type n, char c) { return Self(text_.assign(n, c)); }
 
-  string& append(const string& other) { return Changed(text_.append(other.text_)); }
+  string& append(const string& other) { return Self(text_.append(other.text_)); }
   string& append(const string& other, size_type position, size_type n = npos) {
-    return Changed(text_.append(other.From(position), position, n));
+    return Self(text_.append(other.CheckedAt(position), position, n));
   }
-  string& append(const char* text, size_type n) { return Changed(text_.append(text, n)); }
-  string& append(const char* text) { return Changed(text_.append(text)); }
-  string& append(size_type n, char c) { return Changed(text_.append(n, c)); }
+  string& append(const char* text, size_type n) { return Self(text_.append(text, n)); }
+  string& append(const char* text) { return Self(text_.append(text)); }
+  string& append(size_type n, char c) { return Self(text_.append(n, c)); }
 
   void push_back(char c) { text_.push_back(c); }
   string& operator+=(const string& other) { return append(other); }
@@ -154,11 +154,11 @@ class string {
 
   int compare(const string& other) const noexcept { return text_.compare(other.text_); }
   int compare(size_type position, size_type n, const string& other) const {
-    return From(position).compare(position, n, other.text_);
+    return CheckedAt(position).compare(position, n, other.text_);
   }
   int compare(const char* text) const { return text_.compare(text); }
   int compare(size_type position, size_type n, const char* text) const {
-    return From(position).compare(position, n, text);
+    return CheckedAt(position).compare(position, n, text);
   }
 
   void resize(size_type n) { text_.resize(n); }
@@ -185,9 +185,11 @@ class string {
  private:
   friend struct hash<string>;
 
-  string& Changed(const std::string&) { return *this; }
+  /// What every change returns, in place of the std::string that the change itself gives.
+  string& Self(const std::string&) { return *this; }
 
-  const std::string& From([[maybe_unused]] size_type position) const {
+  /// The whole text, of which `position` has to be a place or the end.
+  const std::string& CheckedAt([[maybe_unused]] size_type position) const {
     assert(position <= size());
     return text_;
   }
