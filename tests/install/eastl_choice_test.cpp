@@ -113,6 +113,10 @@ TEST_F(EastlChoice, SystemNeedsEabase) {
   ExpectNotFound(Configure("system", {Root()}));
 }
 
+TEST_F(EastlChoice, VariablesOfAnEnclosingProjectAreNoEastl) {
+  ExpectNotFound(Configure("system", {"-Dinclude_dir=/elsewhere", "-Dlibrary=/elsewhere/lib.a"}));
+}
+
 TEST_F(EastlChoice, AnyOtherValueIsRefused) {
   for (const char* value : {"System", "yes", "", "std;auto"}) {
     const ProgramResult result = Configure(value);
