@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
+#include <vector>
 
 #include "abi/elf_report.h"
 #include "abi/promised_names.h"
@@ -14,6 +16,8 @@ namespace {
 
 using kestrel::test::ProgramResult;
 using kestrel::test::RunProgram;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
 
 /// Builds the library alone, as somebody with EASTL installed would.
 class SystemEastl : public testing::Test {
@@ -32,6 +36,41 @@ class SystemEastl : public testing::Test {
     ASSERT_EQ(built.status, 0) << built.standard_output;
   }
 
+  std::string SupportObject() const {
+    return build_.path() + "/src/CMakeFiles/kestrel_objects.dir/core/eastl_support.cpp.o";
+  }
+
+  /// Runs a program against what the library adds. The sanitizer sees memory that is too small.
+  void ExpectUsableSupport(const std::vector<std::string>& archives) const {
+    const std::string program = build_.path() + "/eastl_user";
+    std::vector<std::string> command = {
+        CXX_COMPILER,
+        "-std=c++17",
+        "-fsanitize=address",
+        "-I" + prefix_.path() + "/include",
+        std::string(KESTREL_SOURCE_DIR) + "/tests/install/eastl_stub/eastl_user.cpp",
+        SupportObject()};
+    for (const std::string& archive : archives) {
+      command.push_back(prefix_.path() + "/lib/lib" + archive + ".a");
+    }
+    command.insert(command.end(), {"-o", program});
+    kestrel::test::Require(command);
+    const ProgramResult result = RunProgram({program});
+    EXPECT_EQ(result.status, 0) << result.standard_error;
+  }
+
+  /// The names that the support defines, all of which have to be hidden.
+  std::set<std::string> HiddenSupport() const {
+    std::set<std::string> names;
+    for (const kestrel::test::Symbol& symbol : kestrel::test::AllSymbols(SupportObject())) {
+      if (symbol.defined && symbol.binding == "GLOBAL") {
+        EXPECT_EQ(symbol.visibility, "HIDDEN") << symbol.name;
+        names.insert(symbol.name);
+      }
+    }
+    return names;
+  }
+
   std::string Library() const { return build_.path() + "/lib/libkestrel.so.0"; }
 
   void ExpectTheUsualExports() const {
@@ -44,10 +83,16 @@ class SystemEastl : public testing::Test {
   kestrel::test::TemporaryDirectory build_;
 };
 
+// The mangled names as far as all machines agree on them.
+const auto kOperatorNew = StartsWith("_Zna");
+const auto kVsnprintf = StartsWith("_ZN2EA4StdC9Vsnprintf");
+
 TEST_F(SystemEastl, FromEastlRootLinksAndAddsNoExport) {
   prefix_.AddEastl();
   Build("-DEASTL_ROOT=" + prefix_.path());
   ExpectTheUsualExports();
+  ExpectUsableSupport({"EASTL"});
+  EXPECT_THAT(HiddenSupport(), UnorderedElementsAre(kOperatorNew, kOperatorNew, kVsnprintf));
 }
 
 TEST_F(SystemEastl, FromThePrefixPathLinksWithEastdcAndAddsNoExport) {
@@ -55,6 +100,8 @@ TEST_F(SystemEastl, FromThePrefixPathLinksWithEastdcAndAddsNoExport) {
   prefix_.AddEastdc();
   Build("-DCMAKE_PREFIX_PATH=" + prefix_.path());
   ExpectTheUsualExports();
+  ExpectUsableSupport({"EASTL", "EAStdC"});
+  EXPECT_THAT(HiddenSupport(), UnorderedElementsAre(kOperatorNew, kOperatorNew));
 }
 
 }  // namespace
