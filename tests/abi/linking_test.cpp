@@ -66,6 +66,18 @@ TEST(Library, ProtectsItsStack) {
   EXPECT_EQ(Imports(KESTREL_LIBRARY).count("__stack_chk_fail"), 1u);
 }
 
+TEST(Library, LetsOneThreadRegisterASingletonsDestruction) {
+  const std::set<std::string> imports = Imports(KESTREL_LIBRARY);
+  for (const char* name : {"__cxa_guard_acquire", "__cxa_guard_release"}) {
+    EXPECT_EQ(imports.count(name), 1u) << name;
+  }
+}
+
+TEST(Library, HasSingletonsWhoseConstructionRunsNoCode) {
+  // What would undo a construction that fails.
+  EXPECT_EQ(Imports(KESTREL_LIBRARY).count("__cxa_guard_abort"), 0u);
+}
+
 TEST(Library, CallsNoFortifiedVariants) {
   for (const std::string& name : Imports(KESTREL_LIBRARY)) {
     EXPECT_FALSE(std::regex_search(name, std::regex("_chk$"))) << name;
