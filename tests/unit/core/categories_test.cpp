@@ -70,6 +70,16 @@ TEST(Categories, KeepTheOrderOfTheBasesMethods) {
   EXPECT_EQ(VtableSlot(&wifi::WifiErrorCategoryImpl::message), 3);
 }
 
+template <typename Category>
+struct Extended : Category {
+  virtual void First() {}
+};
+
+TEST(Categories, AddNoVirtualMethodToTheBase) {
+  EXPECT_EQ(VtableSlot(&Extended<kestrel::KestrelErrorCategoryImpl>::First), 4);
+  EXPECT_EQ(VtableSlot(&Extended<wifi::WifiErrorCategoryImpl>::First), 4);
+}
+
 TEST(Categories, AreTheSameInstanceForEveryThread) {
   EXPECT_EQ(InstancesSeenByThreads(nwl::generic_category), 1u);
   EXPECT_EQ(InstancesSeenByThreads(kestrel::kestrel_category), 1u);

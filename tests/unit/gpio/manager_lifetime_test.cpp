@@ -8,6 +8,7 @@
 
 #include "gpio/chip_fixture.h"
 #include "gpio/line_request.h"
+#include "unit/vtable_slot.h"
 
 namespace kestrel::test {
 namespace {
@@ -35,6 +36,13 @@ TEST_F(ManagerLifetime, IsPolymorphicOnAChipDescriptorAlone) {
   };
   EXPECT_TRUE(std::has_virtual_destructor_v<GpioManager>);
   EXPECT_EQ(sizeof(GpioManager), sizeof(Alike));
+}
+
+TEST_F(ManagerLifetime, IsPolymorphicInTheDestructorsAlone) {
+  struct Extended : GpioManager {
+    virtual void First() {}
+  };
+  EXPECT_EQ(VtableSlot(&Extended::First), 2);
 }
 
 TEST_F(ManagerLifetime, ClosesNothingWithoutAChip) {

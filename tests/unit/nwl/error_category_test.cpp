@@ -22,6 +22,16 @@ TEST(ErrorCategory, NameAndMessageFollowTheTwoDestructors) {
   EXPECT_EQ(kestrel::test::VtableSlot(&nwl::error_category::message), 3);
 }
 
+template <typename Category>
+struct Extended : Category {
+  virtual void First() {}
+};
+
+TEST(ErrorCategory, EndsItsMethodsWithTheMessage) {
+  EXPECT_EQ(kestrel::test::VtableSlot(&Extended<nwl::error_category>::First), 4);
+  EXPECT_EQ(kestrel::test::VtableSlot(&Extended<nwl::GenericErrorCategory>::First), 4);
+}
+
 TEST(GenericCategory, IsNamedGeneric) { EXPECT_STREQ(nwl::generic_category().name(), "generic"); }
 
 TEST(GenericCategory, IsTheSameInstanceEveryTime) {
