@@ -6,6 +6,8 @@
 namespace kestrel::test {
 
 WatchedMutex g_watched_mutex;
+std::atomic<int> g_all_locks{0};
+std::atomic<int> g_all_unlocks{0};
 
 namespace {
 
@@ -18,6 +20,7 @@ Call RealCall(const char* name) { return reinterpret_cast<Call>(dlsym(RTLD_NEXT,
 
 extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
   using kestrel::test::g_watched_mutex;
+  ++kestrel::test::g_all_locks;
   if (mutex == g_watched_mutex.address) {
     ++g_watched_mutex.locks;
     if (g_watched_mutex.lock_result != 0) {
@@ -29,6 +32,7 @@ extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
 
 extern "C" int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
   using kestrel::test::g_watched_mutex;
+  ++kestrel::test::g_all_unlocks;
   if (mutex == g_watched_mutex.address) {
     ++g_watched_mutex.unlocks;
     if (g_watched_mutex.unlock_result != 0) {

@@ -4,10 +4,12 @@
 
 #include <pthread.h>
 
+#include <atomic>
+
 namespace kestrel::test {
 
 /// Watches one mutex through the program's own pthread_mutex_lock and pthread_mutex_unlock. Every
-/// other mutex goes straight to the C library.
+/// other mutex goes on to the C library.
 struct WatchedMutex {
   const void* address = nullptr;
   int lock_result = 0;    ///< when not 0, what the lock returns without locking
@@ -17,6 +19,10 @@ struct WatchedMutex {
 };
 
 extern WatchedMutex g_watched_mutex;
+
+/// The calls of both functions so far, for whatever mutex.
+extern std::atomic<int> g_all_locks;
+extern std::atomic<int> g_all_unlocks;
 
 }  // namespace kestrel::test
 
