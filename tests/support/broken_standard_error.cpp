@@ -2,8 +2,10 @@
 #include "support/broken_standard_error.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 
 namespace kestrel::test {
@@ -37,5 +39,44 @@ FullStandardError::FullStandardError() : saved_(SavedStandardError()) {
 }
 
 FullStandardError::~FullStandardError() { RestoreStandardError(saved_); }
+
+PacketStandardError::PacketStandardError() : saved_(SavedStandardError()) {
+  std::array<int, 2> ends{};
+  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) < 0 ||
+      dup2(ends[1], STDERR_FILENO) < 0) {
+    abort();
+  }
+  reader_ = ends[0];
+  close(ends[1]);
+}
+
+PacketStandardError::~PacketStandardError() {
+  RestoreStandardError(saved_);
+  close(reader_);
+}
+
+std::vector<std::string> PacketStandardError::Received() const {
+  std::vector<std::string> packets;
+  std::array<char, 4096> packet{};
+  for (;;) {
+    const ssize_t size = recv(reader_, packet.data(), packet.size(), MSG_DONTWAIT);
+    if (size <= 0) {
+      return packets;
+    }
+    packets.emplace_back(packet.data(), static_cast<size_t>(size));
+  }
+}
+
+BufferedStandardError::BufferedStandardError() : saved_(stderr) {
+  stderr = fdopen(SavedStandardError(), "w");
+  if (stderr == nullptr) {
+    abort();
+  }
+}
+
+BufferedStandardError::~BufferedStandardError() {
+  fclose(stderr);
+  stderr = saved_;
+}
 
 }  // namespace kestrel::test

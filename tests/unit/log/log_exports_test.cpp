@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 #include <kestrel/log.h>
+#include <unistd.h>
 #include <wchar.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -72,8 +74,9 @@ TEST_P(LogExports, RefuseANullFormat) {
 }
 
 TEST_P(LogExports, StoreTheCountOfCharactersForTheCaller) {
+  char writable_format[] = "four%n and more";  // a fortified formatter would end the process
   int count = -1;
-  EXPECT_THAT(ObserveLog("four%n and more", &count), Returns(0, "four and more"));
+  EXPECT_THAT(ObserveLog(writable_format, &count), Returns(0, "four and more"));
   EXPECT_EQ(count, 4);
 }
 
@@ -101,9 +104,36 @@ TEST_P(LogExports, WorkAgainOnceStandardErrorDoes) {
   EXPECT_THAT(ObserveLog("found"), Returns(0, "found"));
 }
 
+constexpr wint_t kNotInTheLocale = 0x20AC;
+
 TEST_P(LogExports, ReportACharacterThatCannotBeWritten) {
-  constexpr wint_t kNotInTheLocale = 0x20AC;
   EXPECT_THAT(ObserveLog("%lc", kNotInTheLocale), Fails(EILSEQ, FormattingError(EILSEQ)));
+}
+
+TEST_P(LogExports, KeepTheFormattersErrnoWhenTheReportFailsAsWell) {
+  EXPECT_THAT(Observe([&] {
+                const FullStandardError full;
+                return GetParam().function("%lc", kNotInTheLocale);
+              }),
+              Fails(EILSEQ, ""));
+}
+
+TEST_P(LogExports, WriteEachReportAtOnce) {
+  const PacketStandardError packets;
+  EXPECT_EQ(GetParam().function("%lc", kNotInTheLocale), -1);
+  EXPECT_THAT(packets.Received(), testing::ElementsAre(FormattingError(EILSEQ)));
+}
+
+TEST_P(LogExports, KeepTheOrderOfTheStreamAndLeaveItUnflushed) {
+  EXPECT_THAT(Observe([] {
+                const BufferedStandardError buffered;
+                fputs("before, ", stderr);
+                GetParam().function("%s, ", "logged");
+                fputs("after", stderr);
+                EXPECT_EQ(lseek(STDERR_FILENO, 0, SEEK_CUR), 0);  // nothing is written yet
+                return fflush(stderr);
+              }),
+              Returns(0, "before, logged, after"));
 }
 
 TEST_P(LogExports, ReportATextLongerThanACountCanSay) {
