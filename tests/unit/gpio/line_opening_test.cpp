@@ -148,6 +148,15 @@ TEST_P(LineOpeningErrors, LeaveTheChipOpenForTheNextCall) {
   EXPECT_THAT(Call(OpenInput), Returns(kLine));
 }
 
+TEST_F(LineOpening, PrintsAFailureAtOnce) {
+  OpenChip();
+  ExpectChipInfo();
+  ExpectLineRequestFailure(EBUSY);
+  const PacketStandardError packets;
+  EXPECT_EQ(RunOn(system_, OpenInput), -1);
+  EXPECT_THAT(packets.Received(), testing::ElementsAre(Problem("opening GPIO", EBUSY)));
+}
+
 TEST_F(LineOpening, ReportsTheErrnoOfThePrintWhenStandardErrorIsFull) {
   OpenChip();
   ExpectChipInfo();

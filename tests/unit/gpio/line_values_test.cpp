@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "gpio/chip_fixture.h"
 #include "support/broken_standard_error.h"
@@ -15,13 +16,23 @@ constexpr GpioLevel kUnset = 77;
 
 int SetHigh() { return GPIO_SetValue(kLine, GpioLevel_High); }
 
+/// Leaves bytes on the stack where the next call has its variables.
+[[gnu::noinline]] void LitterTheStack() {
+  volatile uint8_t litter[4096];
+  for (volatile uint8_t& byte : litter) {
+    byte = 0xAA;
+  }
+}
+
 /// No line is opened here: a line's descriptor is all that its value needs.
 class LineValues : public ChipTest {
  protected:
   void ExpectSet(int fd, uint8_t value) {
     EXPECT_CALL(system_, Ioctl(fd, GPIOHANDLE_SET_LINE_VALUES_IOCTL, _))
         .WillOnce([value](int, unsigned long, void* argument) {
-          EXPECT_EQ(static_cast<gpiohandle_data*>(argument)->values[0], value);
+          gpiohandle_data expected{};
+          expected.values[0] = value;
+          EXPECT_EQ(memcmp(argument, &expected, sizeof expected), 0);
           return 0;
         });
   }
@@ -42,7 +53,11 @@ class LineValues : public ChipTest {
 TEST_F(LineValues, ReachTheKernel) {
   for (const GpioLevel value : {GpioLevel_Low, GpioLevel_High}) {
     ExpectSet(kLine, value);
-    EXPECT_THAT(Call([value] { return GPIO_SetValue(kLine, value); }), Returns(0));
+    EXPECT_THAT(Call([value] {
+                  LitterTheStack();
+                  return GPIO_SetValue(kLine, value);
+                }),
+                Returns(0));
   }
 }
 
