@@ -78,7 +78,7 @@ void CheckOwner(const std::string& path) {
 std::string FolderOf(const std::string& name) {
   CheckName(name);
   CheckOwner(CommonFolder());
-  const std::string folder = CommonFolder() + "/" + name;
+  std::string folder = CommonFolder() + "/" + name;
   if (folder.size() + strlen("/socket") >= sizeof sockaddr_un::sun_path) {
     throw UsageError(folder +
                      ": longer than a socket's path may be; choose a shorter "

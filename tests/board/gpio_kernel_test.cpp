@@ -65,7 +65,7 @@ std::string ConsumerFor(int chip, const std::string& label) {
   request.lines = 1;
   label.copy(request.consumer_label, sizeof request.consumer_label);
   EXPECT_EQ(ioctl(chip, GPIO_GET_LINEHANDLE_IOCTL, &request), 0);
-  const std::string consumer = LineInfo(chip, 6).consumer;
+  std::string consumer = LineInfo(chip, 6).consumer;
   EXPECT_EQ(LevelSeenOutside(6), "low") << "the board is still there";
   close(request.fd);
   return consumer;
