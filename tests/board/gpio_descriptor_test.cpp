@@ -115,39 +115,48 @@ TEST(GpioDescriptor, OutlivesAnExec) {
   EXPECT_EQ(GetLine(line), 1);
 }
 
+/// A socket message of one byte with room for one descriptor.
+struct PassingMessage {
+  PassingMessage() {
+    header.msg_iov = &piece;
+    header.msg_iovlen = 1;
+    header.msg_control = control;
+    header.msg_controllen = sizeof control;
+  }
+
+  char byte = 0;
+  iovec piece{&byte, 1};
+  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
+  msghdr header{};
+};
+
+bool PassOn(int socket, int descriptor) {
+  PassingMessage message;
+  cmsghdr* control = CMSG_FIRSTHDR(&message.header);
+  control->cmsg_level = SOL_SOCKET;
+  control->cmsg_type = SCM_RIGHTS;
+  control->cmsg_len = CMSG_LEN(sizeof descriptor);
+  memcpy(CMSG_DATA(control), &descriptor, sizeof descriptor);
+  return sendmsg(socket, &message.header, 0) == 1;
+}
+
+int TakeOver(int socket) {
+  PassingMessage message;
+  EXPECT_EQ(recvmsg(socket, &message.header, 0), 1);
+  int descriptor = -1;
+  memcpy(&descriptor, CMSG_DATA(CMSG_FIRSTHDR(&message.header)), sizeof descriptor);
+  return descriptor;
+}
+
 TEST(GpioDescriptor, CanBePassedToAnotherProcess) {
   int pair[2];
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
   const pid_t child = fork();
   if (child == 0) {
-    const int line = RequestLine(OpenChipDevice(), 0, GPIOHANDLE_REQUEST_OUTPUT, 1);
-    char byte = 0;
-    iovec piece{&byte, 1};
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof line)] = {};
-    msghdr message{};
-    message.msg_iov = &piece;
-    message.msg_iovlen = 1;
-    message.msg_control = control;
-    message.msg_controllen = sizeof control;
-    cmsghdr* header = CMSG_FIRSTHDR(&message);
-    header->cmsg_level = SOL_SOCKET;
-    header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(sizeof line);
-    memcpy(CMSG_DATA(header), &line, sizeof line);
-    _exit(sendmsg(pair[0], &message, 0) == 1 ? 0 : 1);
+    _exit(PassOn(pair[0], RequestLine(OpenChipDevice(), 0, GPIOHANDLE_REQUEST_OUTPUT, 1)) ? 0 : 1);
   }
-  char byte = 0;
-  iovec piece{&byte, 1};
-  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
-  msghdr message{};
-  message.msg_iov = &piece;
-  message.msg_iovlen = 1;
-  message.msg_control = control;
-  message.msg_controllen = sizeof control;
-  ASSERT_EQ(recvmsg(pair[1], &message, 0), 1);
+  const int line = TakeOver(pair[1]);
   waitpid(child, nullptr, 0);
-  int line = -1;
-  memcpy(&line, CMSG_DATA(CMSG_FIRSTHDR(&message)), sizeof line);
   EXPECT_EQ(GetLine(line), 1);
   EXPECT_EQ(RequestLine(OpenChipDevice(), 0, GPIOHANDLE_REQUEST_INPUT), -EBUSY);
   close(line);
