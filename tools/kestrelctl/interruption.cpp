@@ -28,8 +28,8 @@ WaitEnd Interruption::WaitFor(std::chrono::milliseconds time, int output) const 
   if (poll(events, 2, static_cast<int>(time.count())) <= 0) {
     return WaitEnd::kTime;
   }
-  // Ctrl-C ends the reader as well, which is then no failure.
-  return events[0].revents != 0 ? WaitEnd::kSignal : WaitEnd::kLostReader;
+  // Ctrl-C ends the reader as well, which is then no failure; the signal may come a little later.
+  return poll(events, 1, 0) > 0 ? WaitEnd::kSignal : WaitEnd::kLostReader;
 }
 
 }  // namespace kestrelctl
