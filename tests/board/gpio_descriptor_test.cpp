@@ -143,8 +143,11 @@ bool PassOn(int socket, int descriptor) {
 int TakeOver(int socket) {
   PassingMessage message;
   EXPECT_EQ(recvmsg(socket, &message.header, 0), 1);
+  const cmsghdr* control = CMSG_FIRSTHDR(&message.header);
   int descriptor = -1;
-  memcpy(&descriptor, CMSG_DATA(CMSG_FIRSTHDR(&message.header)), sizeof descriptor);
+  if (control != nullptr) {
+    memcpy(&descriptor, CMSG_DATA(control), sizeof descriptor);
+  }
   return descriptor;
 }
 
