@@ -2,6 +2,17 @@
 # Compiler and linker settings: kestrel_warnings and kestrel_sanitizers for every target of the
 # project, kestrel_ship for what is loaded on a device.
 
+# The first of each with the whole of C++17 and its library. The leading space keeps CMake from
+# breaking the line.
+set(oldest_GNU 9)
+set(oldest_Clang 10)
+set(oldest ${oldest_${CMAKE_CXX_COMPILER_ID}})
+if(oldest AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS oldest)
+  message(FATAL_ERROR " ${CMAKE_CXX_COMPILER} is of version ${CMAKE_CXX_COMPILER_VERSION}, and the \
+oldest that will do is ${oldest}: install a newer one (on Debian, apt-get install g++), or name it \
+with -DCMAKE_CXX_COMPILER=...")
+endif()
+
 add_library(kestrel_warnings INTERFACE)
 target_compile_options(kestrel_warnings INTERFACE
   -Wall -Wextra -Wshadow -Wconversion -Werror
@@ -21,15 +32,23 @@ target_compile_options(kestrel_ship INTERFACE
   -fvisibility=hidden -fvisibility-inlines-hidden
   -fstack-protector-strong
   -ffunction-sections -fdata-sections
+  # For packages of debug symbols, and to tell the types of the interface.
+  -g
   # Formats and addresses belong to the caller, and calls must leave under their plain names:
   # fortified variants check %n themselves and call __vfprintf_chk and the like.
   -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=0
   # Distributions set these for 32-bit machines; open would leave as open64.
   -U_FILE_OFFSET_BITS -U_TIME_BITS
+  # What ships is optimised as a whole. Tests are linked with the same objects as they are.
+  $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<NOT:$<CONFIG:Debug>>>:-flto;-ffat-lto-objects>
   # A unique symbol would pin the library in memory for good, and dlclose must unload it.
   $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
 target_link_options(kestrel_ship INTERFACE
   -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,defs -Wl,--as-needed -Wl,--gc-sections)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+  # The device has pages of 4 KiB; some linkers leave room for larger ones.
+  target_link_options(kestrel_ship INTERFACE -Wl,-z,max-page-size=4096)
+endif()
 if(KESTREL_SANITIZE)
   # The sanitizers' own symbols are only there when the program starts.
   target_link_options(kestrel_ship INTERFACE -Wl,-z,undefs)

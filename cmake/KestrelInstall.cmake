@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Installs the library, its headers, kestrel.pc and the CMake package Kestrel. Every file finds the
-# others from where it is itself, so that the prefix may be given at install time and moved later.
+# Installs the library, its headers, kestrel.pc and the CMake package Kestrel, and manual pages. Every
+# file finds the others from where it is itself, so that the prefix may be given at install time and
+# moved later. The components Runtime, Development, Tools and Board are packages elsewhere.
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Kestrel")
@@ -40,3 +41,8 @@ cmake_path(APPEND KESTREL_PC_LIBDIR "${CMAKE_INSTALL_LIBDIR}")
 cmake_path(APPEND KESTREL_PC_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
 configure_file("${PROJECT_SOURCE_DIR}/packaging/kestrel.pc.in" "${packaging}/kestrel.pc" @ONLY)
 install(FILES "${packaging}/kestrel.pc" DESTINATION "${pkgconfig_dir}" COMPONENT Development)
+
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/man/man3"
+  DESTINATION "${CMAKE_INSTALL_MANDIR}"
+  COMPONENT Development
+  FILES_MATCHING PATTERN "*.3")

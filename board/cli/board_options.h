@@ -2,6 +2,7 @@
 #ifndef KESTREL_BOARD_CLI_BOARD_OPTIONS_H
 #define KESTREL_BOARD_CLI_BOARD_OPTIONS_H
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,11 +21,14 @@ namespace kestrel::board {
 struct BoardOptions {
   std::optional<std::string> config;
   std::vector<std::string> faults;
+  /// The values of the devices' own options, by their names.
+  std::map<std::string, std::string> of_devices;
 
   void AddTo(CLI::App& command);
 
   /// Throws UsageError, with file, line and reason where the configuration is at fault.
-  std::unique_ptr<Board> MakeBoard(const std::string& name, EventLoop& loop) const;
+  std::unique_ptr<Board> MakeBoard(const std::string& name, const BoardPlace& place,
+                                   EventLoop& loop) const;
 };
 
 }  // namespace kestrel::board

@@ -20,8 +20,10 @@ namespace {
 
 using nlohmann::json;
 
-/// One request to the board at `socket_path`. Throws BoardError.
-json Exchange(const std::string& socket_path, const std::string& board, const json& request) {
+/// One request to the board at `socket_path`. Throws BoardError. With `attached`, it is a request
+/// for a descriptor.
+json Exchange(const std::string& socket_path, const std::string& board, const json& request,
+              UniqueFd* attached = nullptr) {
   const UniqueFd connection(wire::Connect(socket_path.c_str()));
   if (!connection.valid()) {
     throw BoardError("no board named '" + board + "' is running (see kestrel-board list)");
@@ -34,9 +36,10 @@ json Exchange(const std::string& socket_path, const std::string& board, const js
   wire::Reply reply;
   reply.data = answer.data();
   reply.capacity = answer.size();
+  const auto operation = attached == nullptr ? wire::Operation::kControl : wire::Operation::kAttach;
   const int error = wire::Exchange(
-      connection.get(),
-      {wire::Operation::kControl, 0, text.data(), static_cast<uint32_t>(text.size())}, &reply);
+      connection.get(), {operation, 0, text.data(), static_cast<uint32_t>(text.size())}, &reply);
+  UniqueFd descriptor(reply.descriptor);
   if (error != 0) {
     throw BoardError("board '" + board + "': " + strerror(error));
   }
@@ -44,6 +47,9 @@ json Exchange(const std::string& socket_path, const std::string& board, const js
   const json parsed = json::parse(answer);
   if (parsed.contains("error")) {
     throw BoardError(parsed.at("error").get<std::string>(), parsed.at("status").get<int>());
+  }
+  if (attached != nullptr) {
+    *attached = std::move(descriptor);
   }
   return parsed.at("answer");
 }
@@ -79,11 +85,24 @@ json CommandContext::AskBoard(const std::string& name, const json& request) {
 }
 
 json CommandContext::Ask(const json& request) const {
+  const auto [socket_path, name] = ChosenBoard();
+  return Exchange(socket_path, name, request);
+}
+
+UniqueFd CommandContext::Attach(const json& request) const {
+  const auto [socket_path, name] = ChosenBoard();
+  UniqueFd attached;
+  Exchange(socket_path, name, request, &attached);
+  return attached;
+}
+
+std::pair<std::string, std::string> CommandContext::ChosenBoard() const {
   const char* own = getenv(wire::kSocketVariable);
   if (options_->board.empty() && own != nullptr) {
-    return Exchange(own, own, request);
+    return {own, own};
   }
-  return AskBoard(options_->board.empty() ? OnlyRunningBoard() : options_->board, request);
+  const std::string name = options_->board.empty() ? OnlyRunningBoard() : options_->board;
+  return {SocketPathOf(name), name};
 }
 
 void CommandContext::Print(const json& result,

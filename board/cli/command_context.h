@@ -7,6 +7,9 @@
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <utility>
+
+#include "host/unique_fd.h"
 
 namespace CLI {
 class App;
@@ -27,7 +30,10 @@ class CommandContext {
   /// one that runs, and returns its answer. Throws BoardError.
   nlohmann::json Ask(const nlohmann::json& request) const;
 
-  /// The same to a board by name.
+  /// The same for a request that a descriptor comes along with.
+  UniqueFd Attach(const nlohmann::json& request) const;
+
+  /// The same as Ask to a board by name.
   static nlohmann::json AskBoard(const std::string& name, const nlohmann::json& request);
 
   /// Prints `result` as JSON with --json, and otherwise what `print` makes of it.
@@ -35,6 +41,9 @@ class CommandContext {
              const std::function<void(std::ostream& out)>& print) const;
 
  private:
+  /// The socket and the name of the board that the requests go to.
+  std::pair<std::string, std::string> ChosenBoard() const;
+
   struct Options {
     std::string board;
     bool json = false;

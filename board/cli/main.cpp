@@ -34,6 +34,8 @@ constexpr char kExamples[] = R"(Examples:
   kestrel-board exec bench -- kestrelctl gpio set 4=high --hold 60 &
   kestrel-board line 4                     what level has line 4?
   kestrel-board line 7 high                drive line 7 from outside
+  kestrel-board uart 0                     talk to a program over its /dev/ttyS0
+  kestrel-board wifi add Attic --passphrase "up and up" --signal -71
   kestrel-board show --json | jq .gpio
   kestrel-board stop bench)";
 

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "cli/board_options.h"
@@ -78,17 +79,20 @@ class ChildWatch {
 
 struct RunOptions {
   BoardOptions board;
-  std::string name = "run-" + std::to_string(getpid());
+  std::optional<std::string> given_name;
+
+  std::string Name() const { return given_name.value_or("run-" + std::to_string(getpid())); }
 };
 
 int Run(const RunOptions& options, const std::vector<std::string>& program) {
   EventLoop loop;
-  const std::unique_ptr<Board> board = options.board.MakeBoard(options.name, loop);
-  const BoardDirectory directory(options.name);
+  const BoardDirectory directory(options.Name());
+  const std::unique_ptr<Board> board = options.board.MakeBoard(
+      options.Name(), {options.given_name.value_or(""), directory.path()}, loop);
   const Server server(*board, loop, directory.SocketPath(),
                       [] { throw UsageError("a board made by run stops with its program"); });
   ChildWatch watch(loop);
-  const BoardEnvironment environment(directory.SocketPath(), board->Paths());
+  const BoardEnvironment environment(directory.SocketPath(), board->Paths(), board->Files());
   watch.SetChild(environment.StartProgram(program));
   loop.Run();
   return watch.exit_status();
@@ -100,7 +104,8 @@ void AddRunCommand(CLI::App& app, ProgramArguments& programs, int& exit_status) 
   auto options = std::make_shared<RunOptions>();
   CLI::App* command = app.add_subcommand(
       "run", "Run a program on a board of its own and return the program's exit status");
-  command->add_option("--name", options->name, "name of the board, for commands from outside");
+  command->add_option("--name", options->given_name,
+                      "name of the board, for commands from outside");
   options->board.AddTo(*command);
   const ProgramArguments::Program program = programs.Expect(*command, 0);
   command->callback([options, program, &exit_status] { exit_status = Run(*options, *program); });

@@ -72,8 +72,9 @@ void Start(const SharedBoardOptions& options) {
   // A board must not keep open, or locked, what its starter happens to have open.
   close_range(STDERR_FILENO + 1, ~0U, 0);
   EventLoop loop;
-  const std::unique_ptr<Board> board = options.board.MakeBoard(options.name, loop);
   BoardDirectory directory(options.name);
+  const std::unique_ptr<Board> board =
+      options.board.MakeBoard(options.name, {options.name, directory.path()}, loop);
   std::array<int, 2> ready{};
   if (pipe2(ready.data(), O_CLOEXEC) != 0) {
     ThrowErrno("pipe2");
@@ -94,14 +95,6 @@ void Start(const SharedBoardOptions& options) {
   if (read(answer.get(), &byte, 1) != 1) {
     throw BoardError("board '" + options.name + "' did not start");
   }
-}
-
-std::vector<std::string> PathsOf(const json& state) {
-  std::vector<std::string> paths;
-  for (const json& path : state.at("paths")) {
-    paths.push_back(path);
-  }
-  return paths;
 }
 
 void AddStartCommand(CLI::App& app, const CommandContext& context) {
@@ -128,7 +121,8 @@ void AddExecCommand(CLI::App& app, ProgramArguments& programs) {
   const ProgramArguments::Program program = programs.Expect(*command, 1);
   command->callback([name, program] {
     const json state = CommandContext::AskBoard(*name, {{"paths", true}});
-    BoardEnvironment(SocketPathOf(*name), PathsOf(state)).BecomeProgram(*program);
+    BoardEnvironment(SocketPathOf(*name), state.at("paths"), state.at("files"))
+        .BecomeProgram(*program);
   });
   command->footer(
       "The program and its arguments come last: kestrel-board exec NAME [--] PROGRAM [ARG...]");

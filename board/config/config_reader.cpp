@@ -120,6 +120,22 @@ std::vector<ConfigText> ConfigReader::Texts(const std::string& key) {
   return texts;
 }
 
+std::vector<ConfigInteger> ConfigReader::Integers(const std::string& key, int64_t least,
+                                                  int64_t most) {
+  const std::string expected =
+      "an array of whole numbers from " + std::to_string(least) + " to " + std::to_string(most);
+  const auto* array = Get<ConfigNode::Array>(key, expected.c_str());
+  std::vector<ConfigInteger> integers;
+  for (const ConfigNode& element : array == nullptr ? ConfigNode::Array() : *array) {
+    const auto* integer = std::get_if<int64_t>(&element.value);
+    if (integer == nullptr || *integer < least || *integer > most) {
+      Mismatch(element, key, expected);
+    }
+    integers.push_back({*integer, element.line});
+  }
+  return integers;
+}
+
 ConfigReader ConfigReader::Table(const std::string& key) {
   return ConfigReader(Find(key), PathOf(key));
 }

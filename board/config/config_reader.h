@@ -17,6 +17,12 @@ struct ConfigText {
   int line;
 };
 
+/// A whole number in an array, and its line.
+struct ConfigInteger {
+  int64_t value;
+  int line;
+};
+
 /// Takes known keys out of one table of a configuration. Whatever is not as expected throws
 /// ConfigError with the line and what would have been right.
 class ConfigReader {
@@ -33,6 +39,10 @@ class ConfigReader {
   std::string Choice(const std::string& key, const std::vector<std::string>& choices,
                      const std::string& otherwise);
   std::vector<ConfigText> Texts(const std::string& key);
+  std::vector<ConfigInteger> Integers(const std::string& key, int64_t least, int64_t most);
+
+  /// Whether there is a value under `key`.
+  bool Has(const std::string& key) { return Find(key) != nullptr; }
 
   /// The table under `key`, empty when there is none.
   ConfigReader Table(const std::string& key);

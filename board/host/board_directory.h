@@ -27,6 +27,7 @@ class BoardDirectory {
   BoardDirectory(const BoardDirectory&) = delete;
   BoardDirectory& operator=(const BoardDirectory&) = delete;
 
+  const std::string& path() const { return path_; }
   std::string SocketPath() const;
 
   /// After a fork: from now on this process is the board and cleans up.

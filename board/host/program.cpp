@@ -70,10 +70,12 @@ std::map<std::string, std::string> OwnVariables() {
 }  // namespace
 
 BoardEnvironment::BoardEnvironment(const std::string& socket_path,
-                                   const std::vector<std::string>& paths)
+                                   const std::vector<std::string>& paths,
+                                   const std::vector<std::string>& files)
     : variables_(OwnVariables()) {
   variables_[wire::kSocketVariable] = socket_path;
   variables_[wire::kPathsVariable] = Join(paths, ":");
+  variables_[wire::kFilesVariable] = Join(files, ":");
   const std::string preload = PreloadPath(fs::path(socket_path).parent_path());
   std::string& preloaded = variables_["LD_PRELOAD"];
   // On a board inside a board the object is there already; it goes by the variables above.

@@ -15,13 +15,14 @@ inline constexpr int kCannotExecute = 126;
 inline constexpr int kNotFound = 127;
 
 /// The environment in which programs run on the board at `socket_path`, whose devices stand in for
-/// `paths`: this process's own with what they need added. Throws BoardError when the object to be
-/// preloaded is missing.
+/// `paths` and redirect to `files`: this process's own with what they need added. Throws BoardError
+/// when the object to be preloaded is missing.
 ///
 /// It is not this process's environment, because this process may itself run on a board.
 class BoardEnvironment {
  public:
-  BoardEnvironment(const std::string& socket_path, const std::vector<std::string>& paths);
+  BoardEnvironment(const std::string& socket_path, const std::vector<std::string>& paths,
+                   const std::vector<std::string>& files);
 
   /// Starts a program beside this process, with no signal blocked. Throws BoardError with status
   /// kNotFound or kCannotExecute.

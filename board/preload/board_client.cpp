@@ -4,13 +4,15 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <linux/ioctl.h>
-#include <stdlib.h>
 #include <string.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "preload/surroundings.h"
 #include "protocol/exchange.h"
+#include "protocol/path_list.h"
 
 namespace kestrel::board::preload {
 namespace {
@@ -21,50 +23,8 @@ using wire::Outcome;
 using wire::Reply;
 using wire::Request;
 
-/// What the environment said when the program started. A program may change or clear its
-/// environment, and stays on its board all the same.
-struct Surroundings {
-  char socket_path[sizeof(sockaddr_un::sun_path)];
-  char paths[4096];
-};
-
-void Copy(const char* variable, char* text, size_t size) {
-  const char* value = getenv(variable);
-  if (value != nullptr && strlen(value) < size) {
-    strncpy(text, value, size - 1);
-  }
-}
-
-/// Filled in before main runs, or by the first call of another object's constructor.
-const Surroundings& OurSurroundings() {
-  static Surroundings surroundings;
-  static bool known = false;
-  if (!known) {
-    Copy(wire::kSocketVariable, surroundings.socket_path, sizeof surroundings.socket_path);
-    Copy(wire::kPathsVariable, surroundings.paths, sizeof surroundings.paths);
-    known = true;
-  }
-  return surroundings;
-}
-
-__attribute__((constructor)) void LookAround() { OurSurroundings(); }
-
 /// Empty when the program runs on no board.
 const char* SocketPath() { return OurSurroundings().socket_path; }
-
-/// Whether `path` is an entry of the colon-separated `list`.
-bool IsListed(const char* list, const char* path) {
-  const size_t length = strlen(path);
-  for (const char* entry = list; *entry != '\0';) {
-    const size_t entry_length = strcspn(entry, ":");
-    if (entry_length == length && memcmp(entry, path, length) == 0) {
-      return true;
-    }
-    entry += entry_length;
-    entry += *entry == ':' ? 1 : 0;
-  }
-  return false;
-}
 
 int Fail(int error) {
   errno = error;
@@ -83,6 +43,14 @@ bool SetStatusFlags(int descriptor, int flags) {
   return (flags & O_NONBLOCK) == 0 || fcntl(descriptor, F_SETFL, O_NONBLOCK) == 0;
 }
 
+/// The same connection under a higher number, so that the program's open gets the lowest one that
+/// is free, as it may rely on.
+int MoveUp(int connection) {
+  const int moved = fcntl(connection, F_DUPFD_CLOEXEC, connection + 1);
+  CloseConnection(connection);
+  return moved;
+}
+
 int AcceptOpen(int connection, int flags, const Reply& reply, RedirectedPath* redirected) {
   switch (reply.header.outcome) {
     case Outcome::kDone:
@@ -92,8 +60,8 @@ int AcceptOpen(int connection, int flags, const Reply& reply, RedirectedPath* re
         return CloseAndFail(connection, ENAMETOOLONG);
       }
       redirected->text[reply.header.size] = '\0';
-      close(connection);
-      return kRedirected;
+      redirected->connection = MoveUp(connection);
+      return redirected->connection < 0 ? -1 : kRedirected;
     case Outcome::kFailed:
       break;
   }
@@ -114,7 +82,7 @@ bool DeliverDescriptor(const Reply& reply, void* argument) {
 }  // namespace
 
 bool IsBoardPath(const char* path) {
-  return path != nullptr && *SocketPath() != '\0' && IsListed(OurSurroundings().paths, path);
+  return path != nullptr && IsOnBoard() && wire::IsListed(OurSurroundings().paths, path);
 }
 
 bool IsBoardDescriptor(int descriptor) {
@@ -159,6 +127,37 @@ int OpenOnBoard(const char* path, int flags, RedirectedPath* redirected) {
     errno = saved_errno;
   }
   return result;
+}
+
+int FindSocketOnBoard(const char* path, sockaddr_un* address) {
+  const int saved_errno = errno;
+  const int connection = wire::Connect(SocketPath());
+  if (connection < 0) {
+    return Fail(errno == EMFILE || errno == ENFILE ? errno : ECONNREFUSED);
+  }
+  *address = {};
+  address->sun_family = AF_UNIX;
+  const Request request{Operation::kConnect, 0, path, static_cast<uint32_t>(strlen(path))};
+  Reply reply;
+  reply.data = address->sun_path;
+  reply.capacity = sizeof address->sun_path;
+  const int error = Exchange(connection, request, &reply);
+  CloseConnection(connection);
+  if (error != 0) {
+    return Fail(error == ENODEV ? ECONNREFUSED : error);
+  }
+  if (reply.header.outcome != Outcome::kRedirect) {
+    return Fail(reply.header.error);
+  }
+  errno = saved_errno;
+  return 0;
+}
+
+void CloseConnection(int connection) {
+  const int saved_errno = errno;
+  // close() would ask the board whether closing it is to fail.
+  syscall(SYS_close, connection);
+  errno = saved_errno;
 }
 
 int IoctlOnBoard(int descriptor, unsigned long request_number, void* argument) {

@@ -20,6 +20,13 @@ enum class Operation : uint32_t {
   kIoctl = 2,    ///< number: the request; payload: its argument's bytes
   kClose = 3,    ///< asks whether closing the descriptor is to fail
   kControl = 4,  ///< payload: a request of the command line as JSON
+  /// Asks whether a call on a real file, to which the board redirected an open, is to fail;
+  /// payload: the call's name, a space and the file's path. The answer to "tcsetattr" is
+  /// TerminalBits.
+  kFileCall = 5,
+  kAttach = 6,  ///< payload as kControl; a descriptor comes along with the answer
+  /// Asks for the real socket that stands at a path; payload: the path.
+  kConnect = 7,
 };
 
 struct RequestHeader {
@@ -33,7 +40,7 @@ static_assert(sizeof(RequestHeader) == 16);
 enum class Outcome : uint32_t {
   kFailed = 0,    ///< the call fails with `error`
   kDone = 1,      ///< the call returns `result`; the payload goes into its argument
-  kRedirect = 2,  ///< the path to be opened in place of the one asked for is the payload
+  kRedirect = 2,  ///< the path to be used in place of the one asked for is the payload
 };
 
 struct ReplyHeader {
@@ -46,10 +53,24 @@ struct ReplyHeader {
 };
 static_assert(sizeof(ReplyHeader) == 24);
 
+/// Bits of a terminal's settings, by members of struct termios; of `characters`, bit N is c_cc[N].
+struct TerminalBits {
+  uint32_t input = 0;
+  uint32_t output = 0;
+  uint32_t control = 0;
+  uint32_t local = 0;
+  uint32_t characters = 0;
+
+  bool Any() const { return (input | output | control | local | characters) != 0; }
+};
+static_assert(sizeof(TerminalBits) == 20);
+
 /// Names of the environment variables through which a program finds its board.
 inline constexpr char kSocketVariable[] = "KESTREL_BOARD";
-/// Colon-separated paths that the board stands in for.
+/// Colon-separated paths that the board stands in for; one that ends in '#' is as path_list.h says.
 inline constexpr char kPathsVariable[] = "KESTREL_BOARD_PATHS";
+/// Colon-separated real files, and sockets, to which it redirects its paths.
+inline constexpr char kFilesVariable[] = "KESTREL_BOARD_FILES";
 
 }  // namespace kestrel::board::wire
 

@@ -18,13 +18,27 @@ namespace kestrel::board {
 class Board {
  public:
   /// `config` may be null. Throws ConfigError.
-  Board(std::string name, const ConfigNode* config, EventLoop& loop);
+  Board(std::string name, const BoardPlace& place, const ConfigNode* config, EventLoop& loop);
 
   const std::string& name() const { return name_; }
   std::vector<std::string> Paths() const;
 
   /// The device that stands in for `path`, or null.
   Device* FindByPath(const std::string& path) const;
+
+  /// The real files and sockets to which the devices redirect, by the paths that the kernel gives
+  /// them.
+  std::vector<std::string> Files() const;
+
+  /// The path of a device that is redirected to the real file at `file`, and the device.
+  struct RedirectedPath {
+    Device* device = nullptr;  ///< null when there is none
+    std::string path;
+  };
+  RedirectedPath FindByFile(const std::string& file) const;
+
+  /// The real socket to which connections to `path` go; empty when there is none.
+  std::string FindSocket(const std::string& path) const;
 
   FaultTable& faults() { return faults_; }
   /// Throws UsageError.
@@ -34,7 +48,12 @@ class Board {
   /// device. Throws BoardError to refuse it.
   nlohmann::json Control(const nlohmann::json& request);
 
+  /// A request to a device for a descriptor, as Device::Attach.
+  nlohmann::json Attach(const nlohmann::json& request, UniqueFd* descriptor);
+
  private:
+  /// The device that a request is for. Throws BoardError.
+  Device& Addressed(const nlohmann::json& request) const;
   nlohmann::json Show() const;
   nlohmann::json ChangeFaults(const nlohmann::json& change);
   nlohmann::json ListFaults() const;

@@ -13,12 +13,50 @@
 namespace kestrel::board {
 namespace {
 
-/// The system calls with which the library reaches the devices of a board.
-constexpr const char* kCalls[] = {"open", "ioctl", "close"};
+using Names = std::vector<std::string>;
+
+/// The calls with which programs reach the devices of a board, and on what faults may let them
+/// fail. Requests of ioctl are not names of the board's.
+struct Call {
+  const char* name;
+  std::vector<Names FaultVocabulary::*> on;
+};
+
+const std::vector<Call>& Calls() {
+  using Vocabulary = FaultVocabulary;
+  static const std::vector<Call> calls = {
+      {"open", {&Vocabulary::paths}},
+      {"ioctl", {}},
+      {"flock", {&Vocabulary::files}},
+      {"tcgetattr", {&Vocabulary::files}},
+      {"tcsetattr", {&Vocabulary::files}},
+      {"fcntl", {&Vocabulary::files, &Vocabulary::sockets}},
+      {"read", {&Vocabulary::files, &Vocabulary::sockets}},
+      {"write", {&Vocabulary::files, &Vocabulary::sockets}},
+      {"writev", {&Vocabulary::files, &Vocabulary::sockets}},
+      {"connect", {&Vocabulary::sockets}},
+      {"setsockopt", {&Vocabulary::sockets}},
+      {"close", {&Vocabulary::paths, &Vocabulary::descriptors}},
+  };
+  return calls;
+}
+
+const Call* FindCall(const std::string& name) {
+  const auto found = std::find_if(Calls().begin(), Calls().end(),
+                                  [&](const Call& call) { return name == call.name; });
+  return found == Calls().end() ? nullptr : &*found;
+}
+
+Names CallNames() {
+  Names names;
+  for (const Call& call : Calls()) {
+    names.emplace_back(call.name);
+  }
+  return names;
+}
 
 constexpr int kHighestErrno = 4095;
 
-template <typename Names>
 bool Contains(const Names& names, const std::string& name) {
   return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
@@ -59,7 +97,7 @@ std::string CheckedRequest(const std::string& text, const std::string& request) 
   if (request.rfind("0x", 0) == 0 && ParseNumber(request.substr(2), 16, &number)) {
     return RequestName(number);
   }
-  std::vector<std::string> names;
+  Names names;
   for (const NamedRequest& known : KnownRequests()) {
     names.emplace_back(known.name);
   }
@@ -71,17 +109,17 @@ std::string CheckedRequest(const std::string& text, const std::string& request) 
 }
 
 /// The thing that a fault is limited to, in the words in which the server asks for it.
-std::string CheckedWhat(const std::string& text, const std::string& call, const std::string& what,
+std::string CheckedWhat(const std::string& text, const Call& call, const std::string& what,
                         const FaultVocabulary& vocabulary) {
-  if (call == "ioctl") {
+  if (call.on.empty()) {
     return CheckedRequest(text, what);
   }
-  std::vector<std::string> known = vocabulary.paths;
-  if (call == "close") {
-    known.insert(known.end(), vocabulary.descriptors.begin(), vocabulary.descriptors.end());
+  Names known;
+  for (const auto names : call.on) {
+    known.insert(known.end(), (vocabulary.*names).begin(), (vocabulary.*names).end());
   }
   if (!Contains(known, what)) {
-    Refuse(text, "the board has nothing called '" + what + "' to " + call +
+    Refuse(text, "the board has nothing called '" + what + "' to " + call.name +
                      " (known: " + Join(known) + ")");
   }
   return what;
@@ -140,11 +178,12 @@ Fault ParseFault(const std::string& text, const FaultVocabulary& vocabulary) {
   ParseFailure(*failure, &fault);
   const size_t colon = call.find(':');
   fault.call = call.substr(0, colon);
-  if (!Contains(kCalls, fault.call)) {
-    Refuse(text, "no call is named '" + fault.call + "' (known: " + Join(kCalls) + ")");
+  const Call* known = FindCall(fault.call);
+  if (known == nullptr) {
+    Refuse(text, "no call is named '" + fault.call + "' (known: " + Join(CallNames()) + ")");
   }
   if (colon != std::string::npos) {
-    fault.what = CheckedWhat(text, fault.call, call.substr(colon + 1), vocabulary);
+    fault.what = CheckedWhat(text, *known, call.substr(colon + 1), vocabulary);
   }
   return fault;
 }

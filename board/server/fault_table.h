@@ -23,6 +23,8 @@ struct Fault {
 /// What faults on the devices of a board may name.
 struct FaultVocabulary {
   std::vector<std::string> paths;        ///< paths that can be opened
+  std::vector<std::string> files;        ///< those of them that are redirected to a real file
+  std::vector<std::string> sockets;      ///< those of them that can be connected to
   std::vector<std::string> descriptors;  ///< other kinds of descriptors, such as "line"
 };
 

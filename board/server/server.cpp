@@ -7,6 +7,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "host/error.h"
@@ -61,11 +62,11 @@ void Done(int reply_socket) {
   wire::SendReply(reply_socket, header, nullptr, -1);
 }
 
-void Send(int reply_socket, Outcome outcome, const std::string& text) {
+void Send(int reply_socket, Outcome outcome, const std::string& text, int descriptor = -1) {
   ReplyHeader header;
   header.outcome = outcome;
   header.size = static_cast<uint32_t>(text.size());
-  wire::SendReply(reply_socket, header, text.data(), -1);
+  wire::SendReply(reply_socket, header, text.data(), descriptor);
 }
 
 json Refusal(const char* reason, int status) { return {{"error", reason}, {"status", status}}; }
@@ -178,7 +179,12 @@ void Server::Handle(int connection, const Message& message) {
       return HandleIoctl(connection, message);
     case Operation::kClose:
       return HandleClose(connection, message);
+    case Operation::kFileCall:
+      return HandleFileCall(message);
+    case Operation::kConnect:
+      return HandleConnect(message);
     case Operation::kControl:
+    case Operation::kAttach:
       return HandleControl(message);
   }
   Fail(message.reply_socket.get(), ENOSYS);
@@ -195,11 +201,21 @@ void Server::HandleOpen(int connection, const Message& message) {
   if (answer.error != 0) {
     return Fail(message.reply_socket.get(), answer.error);
   }
+  connections_.at(connection).session = std::move(answer.session);
   if (!answer.redirect.empty()) {
     return Send(message.reply_socket.get(), Outcome::kRedirect, answer.redirect);
   }
-  connections_.at(connection).session = std::move(answer.session);
   Done(message.reply_socket.get());
+}
+
+void Server::HandleConnect(const Message& message) {
+  const std::string path(message.payload.begin(), message.payload.end());
+  const int fault = board_.faults().Next("connect", path);
+  const std::string socket = board_.FindSocket(path);
+  if (fault != 0 || socket.empty()) {
+    return Fail(message.reply_socket.get(), fault != 0 ? fault : ECONNREFUSED);
+  }
+  Send(message.reply_socket.get(), Outcome::kRedirect, socket);
 }
 
 void Server::HandleIoctl(int connection, const Message& message) {
@@ -237,22 +253,49 @@ void Server::HandleClose(int connection, const Message& message) {
   Done(message.reply_socket.get());
 }
 
+void Server::HandleFileCall(const Message& message) {
+  const std::string question(message.payload.begin(), message.payload.end());
+  const size_t space = std::min(question.find(' '), question.size() - 1);
+  const std::string call = question.substr(0, space);
+  const Board::RedirectedPath found = board_.FindByFile(question.substr(space + 1));
+  if (found.device == nullptr) {
+    return Done(message.reply_socket.get());
+  }
+  const int fault = board_.faults().Next(call, found.path);
+  if (fault != 0) {
+    return Fail(message.reply_socket.get(), fault);
+  }
+  const wire::TerminalBits not_kept =
+      call == "tcsetattr" ? found.device->NotKept(found.path) : wire::TerminalBits{};
+  ReplyHeader header;
+  header.outcome = Outcome::kDone;
+  header.size = sizeof not_kept;
+  wire::SendReply(message.reply_socket.get(), header, &not_kept, -1);
+}
+
 void Server::HandleControl(const Message& message) {
   json answer;
+  UniqueFd descriptor;
   try {
-    const json request = json::parse(message.payload);
-    if (request.contains("stop")) {
-      stop_();
-      answer = {{"answer", true}};
-    } else {
-      answer = {{"answer", board_.Control(request)}};
-    }
+    answer = {
+        {"answer", Answer(json::parse(message.payload), message.header.operation, &descriptor)}};
   } catch (const BoardError& error) {
     answer = Refusal(error.what(), error.status());
   } catch (const json::exception& error) {
     answer = Refusal(error.what(), 1);
   }
-  Send(message.reply_socket.get(), Outcome::kDone, ToText(answer));
+  Send(message.reply_socket.get(), Outcome::kDone, ToText(answer), descriptor.get());
+}
+
+json Server::Answer(const json& request, Operation operation, UniqueFd* descriptor) {
+  if (operation == Operation::kAttach) {
+    return board_.Attach(request, descriptor);
+  }
+  if (request.contains("stop")) {
+    stop_();
+    return true;
+  }
+  return board_.Control(request);
 }
 
 }  // namespace kestrel::board

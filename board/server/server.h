@@ -49,9 +49,14 @@ class Server {
   void EndClosedSessions();
   void Handle(int connection, const Message& message);
   void HandleOpen(int connection, const Message& message);
+  void HandleConnect(const Message& message);
   void HandleIoctl(int connection, const Message& message);
   void HandleClose(int connection, const Message& message);
+  void HandleFileCall(const Message& message);
   void HandleControl(const Message& message);
+  /// The answer to a request of the command line, and the descriptor that goes with it, if any.
+  nlohmann::json Answer(const nlohmann::json& request, wire::Operation operation,
+                        UniqueFd* descriptor);
 
   /// Makes a connection with `session` on the server's side and returns the program's side.
   UniqueFd ConnectToSelf(std::unique_ptr<Session> session);

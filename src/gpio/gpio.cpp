@@ -3,16 +3,14 @@
 #include <kestrel/gpio.h>
 #include <linux/gpio.h>
 
+#include "core/refuse.h"
 #include "gpio/gpio_manager.h"
 #include "gpio/line_request.h"
 #include "gpio/line_values.h"
 
-namespace {
+using kestrel::Refuse;
 
-int Refuse(int error) {
-  errno = error;
-  return -1;
-}
+namespace {
 
 bool IsLevel(GpioLevel level) { return level == GpioLevel_Low || level == GpioLevel_High; }
 

@@ -24,6 +24,7 @@ constexpr char kToml[] =
     "text = \"hello\"\n"
     "list = [\"a\", \"b\"]\n"
     "half = 0.5\n"
+    "numbers = [4, 2]\n"
     "[table]\n"
     "inner = 1\n";
 
@@ -33,6 +34,7 @@ constexpr char kJson[] =
     " \"text\": \"hello\",\n"
     " \"list\": [\"a\", \"b\"],\n"
     " \"half\": 0.5,\n"
+    " \"numbers\": [4, 2],\n"
     " \"table\": {\n"
     "   \"inner\": 1\n"
     " }}\n";
@@ -52,6 +54,23 @@ TEST_P(EitherFormat, GivesTheSameValues) {
   EXPECT_EQ(list[0].text + list[1].text, "ab");
   EXPECT_EQ(list[1].line, 4);
   EXPECT_EQ(reader_.Table("table").Integer("inner", 0, 9, 0), 1);
+}
+
+TEST_P(EitherFormat, ArraysOfNumbersKeepTheirLines) {
+  const std::vector<ConfigInteger> numbers = reader_.Integers("numbers", 0, 9);
+  ASSERT_EQ(numbers.size(), 2U);
+  EXPECT_EQ(numbers[0].value, 4);
+  EXPECT_EQ(numbers[1].value, 2);
+  EXPECT_EQ(numbers[1].line, 6);
+  EXPECT_TRUE(reader_.Integers("absent", 0, 9).empty());
+  EXPECT_TRUE(reader_.Has("numbers"));
+  EXPECT_FALSE(reader_.Has("absent"));
+  EXPECT_EQ(ErrorOf([&] { reader_.Integers("numbers", 0, 3); }),
+            "6: 'numbers' must be an array of whole numbers from 0 to 3");
+  EXPECT_EQ(ErrorOf([&] { reader_.Integers("list", 0, 3); }),
+            "4: 'list' must be an array of whole numbers from 0 to 3");
+  EXPECT_EQ(ErrorOf([&] { reader_.Integers("text", 0, 3); }),
+            "3: 'text' must be an array of whole numbers from 0 to 3");
 }
 
 TEST_P(EitherFormat, MissingKeysHaveTheirDefaults) {
@@ -81,14 +100,14 @@ TEST_P(EitherFormat, ErrorsNameLineKeyAndWhatWouldBeRight) {
             "3: 'text' must be one of: a, b");
   EXPECT_EQ(ErrorOf([&] { reader_.Table("list"); }), "4: 'list' must be a table");
   EXPECT_EQ(ErrorOf([&] { reader_.Table("table").RequiredInteger("x", 0, 1); }),
-            "6: 'table.x' is missing");
+            "7: 'table.x' is missing");
 }
 
 TEST_P(EitherFormat, UnknownKeysAreRefused) {
   ConfigReader table = reader_.Table("table");
   table.Boolean("outer", true);
   EXPECT_EQ(ErrorOf([&] { table.RefuseUnknownKeys(); }),
-            "7: unknown key 'table.inner' (known: outer)");
+            "8: unknown key 'table.inner' (known: outer)");
   table.Integer("inner", 0, 9, 0);
   EXPECT_EQ(ErrorOf([&] { table.RefuseUnknownKeys(); }), "no error");
 }

@@ -59,12 +59,21 @@ TEST_F(FaultOption, MoreThanABoardTakesAtOnceIsRefused) {
 
 TEST_F(FaultOption, BadFaultsAreRefusedInOneLine) {
   ExpectUsageError({"run", "--fault", "opne=EIO", "true"},
-                   "fault 'opne=EIO': no call is named 'opne' (known: open, ioctl, close)");
+                   "fault 'opne=EIO': no call is named 'opne' (known: open, ioctl, flock, "
+                   "tcgetattr, tcsetattr, fcntl, read, write, writev, connect, setsockopt, "
+                   "close)");
   ExpectUsageError({"run", "--fault", "open=EFOO", "true"},
                    "fault 'open=EFOO': no errno is called 'EFOO' (such as EIO or ENODEV)");
   ExpectUsageError({"run", "--fault", "open:/dev/null=EIO", "true"},
                    "fault 'open:/dev/null=EIO': the board has nothing called '/dev/null' to open "
-                   "(known: /dev/gpiochip0)");
+                   "(known: /dev/gpiochip0, /dev/ttyS0, /dev/ttyS1, /dev/ttyS2, /dev/ttyS3, "
+                   "/var/run/network_status, /dev/warden, /dev/lodestone, "
+                   "/var/volatile/tmp/wlan0_request_socket)");
+  ExpectUsageError({"run", "--fault", "read:/dev/gpiochip0=EIO", "true"},
+                   "fault 'read:/dev/gpiochip0=EIO': the board has nothing called "
+                   "'/dev/gpiochip0' to read (known: /dev/ttyS0, /dev/ttyS1, /dev/ttyS2, "
+                   "/dev/ttyS3, /var/run/network_status, "
+                   "/var/volatile/tmp/wlan0_request_socket)");
   ExpectUsageError({"run", "--fault", "open", "true"},
                    "fault 'open': a fault is written CALL[:WHAT]=ERRNO[@N], such as "
                    "open:/dev/gpiochip0=EACCES");

@@ -9,7 +9,8 @@
 namespace kestrel::board {
 namespace {
 
-const FaultVocabulary kVocabulary = {{"/dev/gpiochip0"}, {"line"}};
+const FaultVocabulary kVocabulary = {
+    {"/dev/gpiochip0", "/dev/ttyS1"}, {"/dev/ttyS1"}, {"/run/wifi"}, {"line"}};
 
 Fault Parse(const std::string& text) { return ParseFault(text, kVocabulary); }
 
@@ -32,6 +33,13 @@ TEST(FaultText, IoctlsMayBeNumbers) {
   EXPECT_EQ(Parse("ioctl:0x8044B401=EIO").what, "GPIO_GET_CHIPINFO_IOCTL");
   EXPECT_EQ(Parse("ioctl:0x8044b401=EIO").what, "GPIO_GET_CHIPINFO_IOCTL");
   EXPECT_EQ(Parse("ioctl:0x10=EIO").what, RequestName(0x10));
+}
+
+TEST(FaultText, CallsOnRealFilesNameThemByTheirPath) {
+  for (const char* call : {"flock", "tcgetattr", "tcsetattr", "fcntl", "read", "write"}) {
+    EXPECT_EQ(Parse(call + std::string(":/dev/ttyS1=EIO")).what, "/dev/ttyS1");
+    EXPECT_THROW(Parse(call + std::string(":/dev/gpiochip0=EIO")), UsageError);
+  }
 }
 
 TEST(FaultText, BothNamesOfAnErrnoAreKnown) {

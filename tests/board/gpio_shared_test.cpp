@@ -4,26 +4,15 @@
 #include <gtest/gtest.h>
 #include <kestrel/gpio.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <thread>
 #include <vector>
 
+#include "support/in_child.h"
+
 namespace kestrel::test {
 namespace {
-
-/// Runs `body` in a child and returns its exit status.
-template <typename Body>
-int InChild(Body body) {
-  const pid_t child = fork();
-  if (child == 0) {
-    _exit(body());
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
 
 int OpenErrno(GpioLineId line) {
   const int fd = GPIO_OpenAsInput(line);

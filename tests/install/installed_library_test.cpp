@@ -25,6 +25,14 @@ std::set<std::string> FilesIn(const fs::path& directory) {
   return names;
 }
 
+std::set<std::string> AllFilesIn(const fs::path& directory) {
+  std::set<std::string> names;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(directory)) {
+    names.insert(entry.path().lexically_relative(directory).string());
+  }
+  return names;
+}
+
 class InstalledLibrary : public testing::Test {
  protected:
   void SetUp() override {
@@ -68,6 +76,32 @@ TEST_F(InstalledLibrary, IsReachedThroughItsLinks) {
   EXPECT_EQ(fs::read_symlink(LibraryDirectory() / "libkestrel.so"), "libkestrel.so.0");
   EXPECT_EQ(fs::canonical(LibraryDirectory() / "libkestrel.so"), real);
   EXPECT_TRUE(fs::is_regular_file(real));
+}
+
+TEST_F(InstalledLibrary, ComesWithTheToolsTheirCompletionAndManualPages) {
+  EXPECT_EQ(FilesIn(Prefix() / "bin"), (std::set<std::string>{"kestrel-board", "kestrelctl"}));
+  EXPECT_TRUE(fs::is_regular_file(LibraryDirectory() / "kestrel-board/preload.so"));
+  EXPECT_TRUE(fs::is_regular_file(Prefix() / "share/bash-completion/completions/kestrelctl"));
+  for (const char* section : {"man1", "man3", "man7"}) {
+    EXPECT_EQ(FilesIn(Prefix() / "share/man" / section),
+              FilesIn(fs::path(KESTREL_SOURCE_DIR "/man") / section));
+  }
+}
+
+TEST_F(InstalledLibrary, HasABoardThatFindsWhatItPreloads) {
+  const ProgramResult result = RunProgram(
+      {Prefix() / "bin/kestrel-board", "run", "--", Prefix() / "bin/kestrelctl", "gpio", "get",
+       "4"},
+      {{"LD_LIBRARY_PATH", LibraryDirectory().string()}, {"KESTREL_BOARD_DIR", work_.path()}});
+  EXPECT_EQ(result.standard_output, "4=low\n") << result.standard_error;
+}
+
+TEST_F(InstalledLibrary, IsTheSumOfItsComponents) {
+  for (const char* component : {"Runtime", "Development", "Tools", "Board"}) {
+    Require({CMAKE_PROGRAM, "--install", KESTREL_BUILD_DIR, "--prefix", work_.path(), "--component",
+             component});
+  }
+  EXPECT_EQ(AllFilesIn(work_.path()), AllFilesIn(Prefix()));
 }
 
 TEST_F(InstalledLibrary, LeavesNoSearchPathInAnyFile) {

@@ -3,7 +3,9 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -75,6 +77,61 @@ int ioctl(int fd, unsigned long request, ...) noexcept {
   return Call<int(int, unsigned long, ...), &FakeSystem::Ioctl>("ioctl", fd, request, argument);
 }
 
+int fcntl(int fd, int command, ...) {
+  va_list arguments;
+  va_start(arguments, command);
+  const long argument = va_arg(arguments, long);
+  va_end(arguments);
+  return Call<int(int, int, ...), &FakeSystem::Fcntl>("fcntl", fd, command, argument);
+}
+
 int close(int fd) { return Call<int(int), &FakeSystem::Close>("close", fd); }
+
+ssize_t read(int fd, void* buffer, size_t size) {
+  return Call<ssize_t(int, void*, size_t), &FakeSystem::Read>("read", fd, buffer, size);
+}
+
+int flock(int fd, int operation) noexcept {
+  return Call<int(int, int), &FakeSystem::Flock>("flock", fd, operation);
+}
+
+int tcgetattr(int fd, termios* settings) noexcept {
+  return Call<int(int, termios*), &FakeSystem::Tcgetattr>("tcgetattr", fd, settings);
+}
+
+int tcsetattr(int fd, int when, const termios* settings) noexcept {
+  return Call<int(int, int, const termios*), &FakeSystem::Tcsetattr>("tcsetattr", fd, when,
+                                                                     settings);
+}
+
+int cfsetospeed(termios* settings, speed_t speed) noexcept {
+  return Call<int(termios*, speed_t), &FakeSystem::Cfsetospeed>("cfsetospeed", settings, speed);
+}
+
+int cfsetispeed(termios* settings, speed_t speed) noexcept {
+  return Call<int(termios*, speed_t), &FakeSystem::Cfsetispeed>("cfsetispeed", settings, speed);
+}
+
+int socket(int domain, int type, int protocol) noexcept {
+  return Call<int(int, int, int), &FakeSystem::Socket>("socket", domain, type, protocol);
+}
+
+int connect(int fd, const sockaddr* address, socklen_t length) {
+  return Call<int(int, const sockaddr*, socklen_t), &FakeSystem::Connect>("connect", fd, address,
+                                                                          length);
+}
+
+ssize_t writev(int fd, const iovec* vectors, int count) {
+  return Call<ssize_t(int, const iovec*, int), &FakeSystem::Writev>("writev", fd, vectors, count);
+}
+
+int setsockopt(int fd, int level, int option, const void* value, socklen_t length) noexcept {
+  return Call<int(int, int, int, const void*, socklen_t), &FakeSystem::Setsockopt>(
+      "setsockopt", fd, level, option, value, length);
+}
+
+int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  return Call<int(clockid_t, timespec*), &FakeSystem::ClockGettime>("clock_gettime", clock, time);
+}
 
 }  // extern "C"

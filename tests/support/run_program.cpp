@@ -8,10 +8,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <stdexcept>
+
+#include "support/system_call_arguments.h"
 
 namespace kestrel::test {
 namespace {
@@ -42,21 +43,6 @@ std::vector<std::string> Merged(const Environment& added) {
     merged.back().append("=").append(value);
   }
   return merged;
-}
-
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) {
-    pointers.push_back(text.data());
-  }
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-int MillisecondsUntil(Clock::time_point deadline) {
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-  return static_cast<int>(std::max<long long>(0, left.count()));
 }
 
 /// Reads what is there; at the end of the stream closes `descriptor` and sets it to -1.

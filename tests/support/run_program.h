@@ -41,7 +41,7 @@ class BackgroundProgram {
   void Signal(int number) const;
 
   /// Waits for the end of the program.
-  ProgramResult Wait(std::chrono::milliseconds limit = std::chrono::seconds(60));
+  ProgramResult Wait(std::chrono::milliseconds limit = std::chrono::minutes(4));
 
  private:
   bool ReadSome(std::chrono::steady_clock::time_point deadline);

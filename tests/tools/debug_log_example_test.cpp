@@ -12,7 +12,7 @@ TEST(DebugLogExample, WritesToStandardError) {
 }
 
 TEST(DebugLogExample, FailsWithoutStandardError) {
-  EXPECT_EQ(RunProgram({"/bin/sh", "-c", "\"$0\" 2>/dev/full", DEBUG_LOG}).status, 1);
+  EXPECT_EQ(RunProgram({"sh", "-c", "\"$0\" 2>/dev/full", DEBUG_LOG}).status, 1);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ Words Complete(const Words& words) {
                              "';"
                              "COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _kestrelctl;"
                              "printf '%s\\n' \"${COMPREPLY[@]}\"";
-  Words command = {"/bin/bash", "-c", script, "bash", "kestrelctl"};
+  Words command = {"bash", "-c", script, "bash", "kestrelctl"};
   command.insert(command.end(), words.begin(), words.end());
   const ProgramResult result = RunProgram(command);
   EXPECT_THAT(result.standard_error, "");
@@ -37,7 +37,7 @@ Words OptionsOf(const Words& command) {
   help.emplace_back("--help");
   const std::string text = RunProgram(help).standard_output;
   const std::string options = text.substr(0, text.find("Examples:"));
-  static const std::regex option("--[a-z]+");
+  static const std::regex option("--[a-z][a-z-]*");
   std::set<std::string> found;
   for (std::sregex_iterator match(options.begin(), options.end(), option), end; match != end;
        ++match) {
@@ -48,15 +48,18 @@ Words OptionsOf(const Words& command) {
 
 TEST(KestrelctlCompletion, IsRegistered) {
   const ProgramResult result =
-      RunProgram({"/bin/bash", "-c", "source '" KESTRELCTL_COMPLETION "'; complete -p kestrelctl"});
+      RunProgram({"bash", "-c", "source '" KESTRELCTL_COMPLETION "'; complete -p kestrelctl"});
   EXPECT_THAT(result, Ends(0, "complete -F _kestrelctl kestrelctl\n", ""));
 }
 
 TEST(KestrelctlCompletion, OffersTheCommands) {
-  EXPECT_THAT(Complete({""}), UnorderedElementsAre("gpio", "log", "--help", "--version"));
+  EXPECT_THAT(Complete({""}), UnorderedElementsAre("gpio", "uart", "network", "wifi", "device-id",
+                                                   "log", "--help", "--version"));
   EXPECT_THAT(Complete({"g"}), ElementsAre("gpio"));
   EXPECT_THAT(Complete({"gpio", ""}), UnorderedElementsAre("get", "set", "watch", "--help"));
   EXPECT_THAT(Complete({"gpio", "w"}), ElementsAre("watch"));
+  EXPECT_THAT(Complete({"wifi", ""}),
+              UnorderedElementsAre("scan", "list", "current", "add", "forget", "--help"));
   EXPECT_THAT(Complete({"x"}), IsEmpty());
 }
 
@@ -66,6 +69,39 @@ TEST(KestrelctlCompletion, OffersTheValuesOfAnOption) {
   EXPECT_THAT(Complete({"gpio", "set", "--drive", "open-d"}), ElementsAre("open-drain"));
   EXPECT_THAT(Complete({"gpio", "set", "--hold", ""}), IsEmpty());
   EXPECT_THAT(Complete({"gpio", "watch", "--interval", ""}), IsEmpty());
+  EXPECT_THAT(Complete({"uart", "0", "--flow", ""}),
+              UnorderedElementsAre("none", "rts-cts", "xon-xoff"));
+  EXPECT_THAT(Complete({"uart", "--baud=92"}), ElementsAre("--baud=921600"));
+  EXPECT_THAT(Complete({"uart", "0", "--baud", "1"}),
+              UnorderedElementsAre("19200", "115200", "1000000", "1152000", "1500000"));
+  EXPECT_THAT(Complete({"uart", "0", "--timeout", ""}), IsEmpty());
+  EXPECT_THAT(Complete({"uart", "0", "--bytes", ""}), IsEmpty());
+  EXPECT_THAT(Complete({"network", "--wait", ""}), IsEmpty());
+  EXPECT_THAT(Complete({"wifi", "add", "x", "--security", ""}),
+              UnorderedElementsAre("open", "wpa2"));
+  EXPECT_THAT(Complete({"wifi", "forget", "x", "--security=u"}), ElementsAre("--security=unknown"));
+}
+
+TEST(KestrelctlCompletion, OffersEverySupportedBaudRate) {
+  const std::string refusal = RunProgram({KESTRELCTL, "uart", "0", "--baud", "1"}).standard_error;
+  const Words bauds = Complete({"uart", "0", "--baud", ""});
+  EXPECT_EQ(bauds.size(), 14U);
+  for (const std::string& baud : bauds) {
+    EXPECT_THAT(refusal, testing::ContainsRegex(" " + baud + "[ ,\n]"));
+  }
+}
+
+TEST(KestrelctlCompletion, OffersFilesToSend) {
+  const TemporaryDirectory folder;
+  const std::string file = folder.Write("firmware.bin", "");
+  EXPECT_THAT(Complete({"uart", "0", "--send", folder.path() + "/f"}), ElementsAre(file));
+}
+
+TEST(KestrelctlCompletion, OffersFilesWithAPassphrase) {
+  const TemporaryDirectory folder;
+  const std::string file = folder.Write("lab.key", "");
+  EXPECT_THAT(Complete({"wifi", "add", "x", "--passphrase-file", folder.path() + "/l"}),
+              ElementsAre(file));
 }
 
 TEST(KestrelctlCompletion, OffersLevelsAfterTheEqualsSign) {
@@ -95,7 +131,9 @@ TEST(KestrelctlCompletion, OffersTheRestOfAWordThatBashHasSplit) {
 
 TEST(KestrelctlCompletion, KnowsEveryOptionOfEveryCommand) {
   for (const Words& command :
-       {Words{"gpio", "get"}, Words{"gpio", "set"}, Words{"gpio", "watch"}, Words{"log"}}) {
+       {Words{"gpio", "get"}, Words{"gpio", "set"}, Words{"gpio", "watch"}, Words{"uart"},
+        Words{"network"}, Words{"wifi", "scan"}, Words{"wifi", "list"}, Words{"wifi", "current"},
+        Words{"wifi", "add"}, Words{"wifi", "forget"}, Words{"device-id"}, Words{"log"}}) {
     Words typed = command;
     typed.emplace_back("--");
     Words offered = Complete(typed);

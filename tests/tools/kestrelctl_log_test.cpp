@@ -19,7 +19,7 @@ TEST(KestrelctlLog, TakesTheTextAsItIs) {
 TEST(KestrelctlLog, FailsWhenStandardErrorIsFullOrClosed) {
   for (const std::string redirection : {"2>/dev/full", "2>&-"}) {
     const std::string command = "\"$0\" log lost " + redirection;
-    EXPECT_THAT(RunProgram({"/bin/sh", "-c", command, KESTRELCTL}), Ends(1, "", "")) << redirection;
+    EXPECT_THAT(RunProgram({"sh", "-c", command, KESTRELCTL}), Ends(1, "", "")) << redirection;
   }
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 /// Runs a shell line on a board, in which "$0" is kestrelctl.
 ProgramResult RunShellLine(const std::string& line) {
-  return RunOnBoard({"/bin/bash", "-c", line, KESTRELCTL});
+  return RunOnBoard({"bash", "-c", line, KESTRELCTL});
 }
 
 TEST(KestrelctlOutput, FailsOnAClosedStandardOutput) {
@@ -29,7 +29,7 @@ TEST(KestrelctlOutput, FailsOnAPipeWithoutReader) {
   ASSERT_EQ(pipe(ends), 0);
   close(ends[0]);
   EXPECT_THAT(
-      RunProgram({"/bin/bash", "-c", "\"$0\" --version >&" + std::to_string(ends[1]), KESTRELCTL}),
+      RunProgram({"bash", "-c", "\"$0\" --version >&" + std::to_string(ends[1]), KESTRELCTL}),
       Ends(1, "", "kestrelctl: standard output: EPIPE: Broken pipe\n"));
   close(ends[1]);
 }

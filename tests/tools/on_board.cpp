@@ -46,7 +46,7 @@ ProgramResult Kestrelctl(const Words& arguments, const Words& faults) {
   return RunOnBoard(KestrelctlCommand(arguments), faults);
 }
 
-SharedBoard::SharedBoard() { Board({"start", "shared"}); }
+SharedBoard::SharedBoard(const Words& options) { Board(Joined({"start", "shared"}, options)); }
 
 SharedBoard::~SharedBoard() { Board({"stop", "shared"}); }
 

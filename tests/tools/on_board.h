@@ -44,7 +44,8 @@ ProgramResult Kestrelctl(const Words& arguments, const Words& faults = {});
 /// A board that several programs share, stopped at the end of the scope.
 class SharedBoard {
  public:
-  SharedBoard();
+  /// `options` are those of `kestrel-board start`.
+  explicit SharedBoard(const Words& options = {});
   ~SharedBoard();
   SharedBoard(const SharedBoard&) = delete;
   SharedBoard& operator=(const SharedBoard&) = delete;

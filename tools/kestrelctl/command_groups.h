@@ -13,6 +13,10 @@ using Action = std::function<int()>;
 
 // Each adds the commands of one family to the program; the table in command_line.cpp lists them.
 void AddGpioCommands(CLI::App& program, Action& action);
+void AddUartCommands(CLI::App& program, Action& action);
+void AddNetworkingCommands(CLI::App& program, Action& action);
+void AddWifiCommands(CLI::App& program, Action& action);
+void AddManufacturingCommands(CLI::App& program, Action& action);
 void AddLogCommands(CLI::App& program, Action& action);
 
 }  // namespace kestrelctl

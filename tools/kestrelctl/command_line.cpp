@@ -13,8 +13,8 @@ namespace kestrelctl {
 namespace {
 
 constexpr void (*kCommandGroups[])(CLI::App&, Action&) = {
-    AddGpioCommands,
-    AddLogCommands,
+    AddGpioCommands, AddUartCommands,          AddNetworkingCommands,
+    AddWifiCommands, AddManufacturingCommands, AddLogCommands,
 };
 
 constexpr char kFooter[] =
@@ -22,9 +22,15 @@ constexpr char kFooter[] =
     "  kestrelctl gpio get 3 4           read two lines\n"
     "  kestrelctl gpio set 4=high        drive a line\n"
     "  kestrelctl gpio watch 3           follow a line until Ctrl-C\n"
+    "  kestrelctl uart 0                 talk over a serial port, Ctrl-] leaves\n"
+    "  kestrelctl network --wait 30      wait until networking is ready\n"
+    "  kestrelctl wifi scan --wait       look for Wi-Fi networks\n"
+    "  kestrelctl device-id              print the device's identifier\n"
     "  kestrelctl log \"door opened\"      write debug text\n"
     "\n"
-    "Exit status: 0 done, 1 the operation failed, 2 the arguments are wrong.";
+    "Exit status: 0 done, 1 the operation failed, 2 the arguments are wrong;\n"
+    "of 'network' 0 ready, 1 not ready, 3 there is no answer;\n"
+    "of 'wifi current' 0 connected, 1 not connected, 3 there is no answer.";
 
 /// The command that the arguments reached, the program itself included.
 const CLI::App& DeepestCommand(const CLI::App& program) {

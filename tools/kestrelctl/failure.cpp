@@ -7,13 +7,30 @@
 #include <cstring>
 
 namespace kestrelctl {
+namespace {
 
-int ReportFailure(const std::string& what) {
+std::string InParentheses(int error, const std::vector<Meaning>& meanings) {
+  for (const Meaning& meaning : meanings) {
+    if (meaning.error == error) {
+      return std::string(" (") + meaning.text + ")";
+    }
+  }
+  return "";
+}
+
+}  // namespace
+
+int ReportFailure(const std::string& what, const std::vector<Meaning>& meanings) {
   const int error = errno;
   const char* const name = strerrorname_np(error);
   const std::string name_or_number = name != nullptr ? name : std::to_string(error);
-  fprintf(stderr, "kestrelctl: %s: %s: %s\n", what.c_str(), name_or_number.c_str(),
-          strerror(error));
+  fprintf(stderr, "kestrelctl: %s: %s: %s%s\n", what.c_str(), name_or_number.c_str(),
+          strerror(error), InParentheses(error, meanings).c_str());
+  return kFailed;
+}
+
+int ReportProblem(const std::string& message) {
+  fprintf(stderr, "kestrelctl: %s\n", message.c_str());
   return kFailed;
 }
 

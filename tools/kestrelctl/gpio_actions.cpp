@@ -12,7 +12,6 @@
 #include "failure.h"
 #include "interruption.h"
 #include "line.h"
-#include "output.h"
 
 namespace kestrelctl {
 namespace {

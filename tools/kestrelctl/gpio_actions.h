@@ -8,10 +8,9 @@
 #include <vector>
 
 #include "arguments.h"
+#include "output.h"
 
 namespace kestrelctl {
-
-enum class Format { kText, kJson };
 
 struct Setting {
   std::vector<LineAndLevel> lines;

@@ -1,56 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "arguments.h"
 #include "command_groups.h"
+#include "family_command.h"
 #include "gpio_actions.h"
-#include "library_diagnostics.h"
 
 namespace kestrelctl {
 namespace {
 
 /// What was typed after a gpio command; each command has the options that it needs.
-struct GpioArguments {
+struct GpioArguments : CommonArguments {
   std::vector<std::string> lines;
   std::string drive = "push-pull";
   std::string hold = "0";
   std::string interval = "20";
-  bool json = false;
-  bool verbose = false;
-
-  Format format() const { return json ? Format::kJson : Format::kText; }
 };
 
-/// Checks the arguments and returns what does as they say.
-using Prepare = Action (*)(const GpioArguments& arguments);
-
-struct GpioCommand {
-  CLI::App* app;
-  GpioArguments& arguments;  ///< kept by the callback of `app`
-};
-
-GpioCommand AddCommand(CLI::App& gpio, const char* name, const char* description,
-                       const char* examples, Prepare prepare, Action& action) {
-  const auto arguments = std::make_shared<GpioArguments>();
-  CLI::App* const command = gpio.add_subcommand(name, description);
-  command->footer(std::string("Examples:\n") + examples);
-  command->add_flag("--json", arguments->json, "Print JSON");
-  command->add_flag("-v,--verbose", arguments->verbose, "Show the library's own diagnostics, too");
-  command->callback([arguments, prepare, &action] {
-    ShowLibraryDiagnostics(arguments->verbose);
-    action = prepare(*arguments);
-  });
-  return {command, *arguments};
-}
+using GpioCommand = FamilyCommand<GpioArguments>;
 
 void AddLines(const GpioCommand& command, const char* form, const char* description) {
   command.app->add_option(form, command.arguments.lines, description)->required()->type_name("");
 }
 
 void AddGet(CLI::App& gpio, Action& action) {
-  const Prepare prepare = [](const GpioArguments& arguments) -> Action {
+  const Prepare<GpioArguments> prepare = [](const GpioArguments& arguments) -> Action {
     return [lines = ParseLines(arguments.lines), format = arguments.format()] {
       return GetLines(lines, format);
     };
@@ -63,9 +38,9 @@ void AddGet(CLI::App& gpio, Action& action) {
 }
 
 void AddSet(CLI::App& gpio, Action& action) {
-  const Prepare prepare = [](const GpioArguments& arguments) -> Action {
+  const Prepare<GpioArguments> prepare = [](const GpioArguments& arguments) -> Action {
     const Setting setting{ParseAssignments(arguments.lines), ParseDrive(arguments.drive),
-                          ParseHold(arguments.hold)};
+                          ParseSeconds(arguments.hold, "hold")};
     return [setting, format = arguments.format()] { return SetLines(setting, format); };
   };
   const GpioCommand set = AddCommand(gpio, "set", "Open lines as outputs and drive them",
@@ -81,7 +56,7 @@ void AddSet(CLI::App& gpio, Action& action) {
 }
 
 void AddWatch(CLI::App& gpio, Action& action) {
-  const Prepare prepare = [](const GpioArguments& arguments) -> Action {
+  const Prepare<GpioArguments> prepare = [](const GpioArguments& arguments) -> Action {
     return [lines = ParseLines(arguments.lines), interval = ParseInterval(arguments.interval),
             format = arguments.format()] { return WatchLines(lines, interval, format); };
   };

@@ -2,24 +2,27 @@
 #include "interruption.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace kestrelctl {
 
-Interruption::Interruption() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGINT);
-  sigaddset(&signals, SIGTERM);
-  signals_ = signalfd(-1, &signals, SFD_CLOEXEC);
+Interruption::Interruption(std::initializer_list<int> signals) {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : signals) {
+    sigaddset(&set, signal);
+  }
+  signals_ = signalfd(-1, &set, SFD_CLOEXEC);
+  sigprocmask(SIG_BLOCK, nullptr, &before_);
   if (signals_ >= 0) {
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    sigprocmask(SIG_BLOCK, &set, nullptr);
   }
 }
 
 Interruption::~Interruption() { close(signals_); }
+
+void Interruption::LetGo() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
 
 WaitEnd Interruption::WaitFor(std::chrono::milliseconds time, int output) const {
   // POLLERR and POLLHUP, which tell that the reader has gone, need not be asked for.

@@ -13,12 +13,6 @@ namespace {
 
 void ReportLineFailure(GpioLineId number) { ReportFailure("line " + std::to_string(number)); }
 
-template <typename Function>
-int CallLibrary(const Function& function) {
-  const LibraryCall call;
-  return function();
-}
-
 }  // namespace
 
 const char* LevelName(GpioLevel level) { return level == GpioLevel_High ? "high" : "low"; }

@@ -6,6 +6,8 @@
 
 namespace kestrelctl {
 
+enum class Format { kText, kJson };
+
 /// Writes `text` to standard output at once. Returns false after reporting a failure.
 bool Print(const std::string& text);
 

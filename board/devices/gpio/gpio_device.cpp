@@ -90,7 +90,7 @@ class GpioDevice : public Device {
       throw UsageError("line " + std::to_string(number) + ": the chip has lines 0 to " +
                        std::to_string(count - 1));
     }
-    return number;
+    return static_cast<size_t>(number);
   }
 
   GpioConfig config_;
@@ -101,7 +101,7 @@ class GpioDevice : public Device {
 DeviceKind Kind() {
   DeviceKind kind;
   kind.name = kDeviceName;
-  kind.make = [](ConfigReader& config, EventLoop&) {
+  kind.make = [](ConfigReader& config, const BoardPlace&, EventLoop&) {
     return std::make_unique<GpioDevice>(ReadGpioConfig(config));
   };
   kind.print = PrintState;

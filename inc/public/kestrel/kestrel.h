@@ -9,5 +9,9 @@
 #include <kestrel/api.h>
 #include <kestrel/gpio.h>
 #include <kestrel/log.h>
+#include <kestrel/manufacturing.h>
+#include <kestrel/networking.h>
+#include <kestrel/uart.h>
+#include <kestrel/wificonfig.h>
 
 #endif /* KESTREL_KESTREL_H */

@@ -281,7 +281,8 @@ TEST(Vector, GrowsAtTheEnd) {
   eastl::vector<string> lines;
   EXPECT_TRUE(lines.empty());
   lines.reserve(2);
-  lines.push_back(string("a"));
+  const string first("a");
+  lines.push_back(first);
   lines.emplace_back("b");
   EXPECT_EQ(lines.size(), 2u);
   EXPECT_STREQ(lines[0].c_str(), "a");

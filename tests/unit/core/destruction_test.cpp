@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 #include <kestrel/gpio.h>
 #include <kestrel/log.h>
+#include <kestrel/networking.h>
+#include <kestrel/uart.h>
+#include <kestrel/wificonfig.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdarg>
 
 #include "core/kestrel_category.h"
@@ -53,6 +58,15 @@ constexpr FirstCall kFirstCalls[] = {
     {"GetWithoutPlace", [] { GPIO_GetValue(-1, nullptr); }},
     {"LogWithoutFormat", [] { Log_Debug(nullptr); }},
     {"LogVarArgsWithoutFormat", [] { GatherAndLog(nullptr); }},
+    {"InitConfigWithoutVersion", [] { z__UART_InitConfig(nullptr, 0); }},
+    {"OpenWithoutConfig", [] { z__UART_Open(0, nullptr); }},
+    {"NetworkingWithoutPlace", [] { Networking_IsNetworkingReady(nullptr); }},
+    {"ScannedWithoutArray", [] { z__WifiConfig_GetScannedNetworks(nullptr, 1, 1); }},
+    {"StoredWithoutArray", [] { z__WifiConfig_GetStoredNetworks(nullptr, 1, 1); }},
+    {"StoreOpenWithoutName", [] { WifiConfig_StoreOpenNetwork(nullptr, 1); }},
+    {"StoreWpa2WithoutName", [] { WifiConfig_StoreWpa2Network(nullptr, 1, nullptr, 1); }},
+    {"CurrentWithoutRecord", [] { z__WifiConfig_GetCurrentNetwork(nullptr, 1); }},
+    {"ForgetWithoutRecord", [] { z__WifiConfig_ForgetNetwork(nullptr); }},
     {"GenericCategory", [] { nwl::generic_category(); }},
     {"KestrelCategory", [] { kestrel::kestrel_category(); }},
     {"WifiCategory", [] { wifi::wifi_category(); }},
@@ -74,4 +88,10 @@ extern "C" int __cxa_atexit(void (*function)(void*), void* object, void* library
   ++g_registrations;
   using Call = int (*)(void (*)(void*), void*, void*);
   return reinterpret_cast<Call>(dlsym(RTLD_NEXT, "__cxa_atexit"))(function, object, library);
+}
+
+/// No daemon is there to be connected to, whatever runs on this machine.
+extern "C" int connect(int, const sockaddr*, socklen_t) {
+  errno = ENOENT;
+  return -1;
 }

@@ -19,7 +19,12 @@ using nwl::Expected;
 static_assert(sizeof(Expected<void*>) == sizeof(void*) + sizeof(nwl::error_code));
 
 constexpr char kUnsetError[] =
-    ": libs/libnwl/inc/public/nwl/expected:87: Expected: Assertion `error' failed\\.\n$";
+    ": libs/libnwl/inc/public/nwl/expected:87: Expected: Assertion `error' failed\\.\n(qemu: "
+    "[^\n]*\n)?$";
+
+static_assert(sizeof(Expected<void>) == sizeof(nwl::error_code));
+
+Expected<void> FailWithoutValue(const nwl::error_code& error) { return error; }
 
 Expected<int> Fail(const nwl::error_code& error) { return error; }
 
@@ -77,6 +82,24 @@ TEST(Expected, LetsItsValueBeChanged) {
   Expected<eastl::string> result = eastl::string("SCAN");
   result.value().append("_RESULTS");
   EXPECT_STREQ(result.value().c_str(), "SCAN_RESULTS");
+}
+
+TEST(ExpectedNothing, IsSuccess) {
+  const Expected<void> result;
+  EXPECT_TRUE(result.has_value());
+  EXPECT_FALSE(result.error());
+  EXPECT_EQ(result.error().category, &nwl::generic_category());
+}
+
+TEST(ExpectedNothing, HoldsAnError) {
+  const Expected<void> result = FailWithoutValue({2, &wifi::wifi_category()});
+  EXPECT_FALSE(result.has_value());
+  EXPECT_EQ(result.error().value, 2);
+  EXPECT_EQ(result.error().category, &wifi::wifi_category());
+}
+
+TEST(ExpectedDeathTest, AbortsWithoutAValueWhenTheErrorIsNotSet) {
+  EXPECT_EXIT(FailWithoutValue({}), testing::KilledBySignal(SIGABRT), kUnsetError);
 }
 
 TEST(ExpectedDeathTest, AbortsWhenTheErrorIsNotSet) {

@@ -13,9 +13,9 @@ namespace {
 using kestrel::test::g_watched_mutex;
 
 constexpr char kLockFailed[] =
-    ": libs/libnwl/src/mutex:25: lock: Assertion `result == 0' failed\\.\n$";
+    ": libs/libnwl/src/mutex:25: lock: Assertion `result == 0' failed\\.\n(qemu: [^\n]*\n)?$";
 constexpr char kUnlockFailed[] =
-    ": libs/libnwl/src/mutex:51: unlock: Assertion `result == 0' failed\\.\n$";
+    ": libs/libnwl/src/mutex:51: unlock: Assertion `result == 0' failed\\.\n(qemu: [^\n]*\n)?$";
 
 class Mutex : public testing::Test {
  protected:

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_WIFI_WIFI_CONTEXT_H
+#define KESTREL_WIFI_WIFI_CONTEXT_H
+
+#include <EASTL/shared_ptr.h>
+
+#include <memory>
+
+#include "wifi/control_client.h"
+#include "wifi/network.h"
+
+namespace wifi {
+
+/// What all Wi-Fi functions of the process share. The lists are never null, and no lock guards
+/// their replacement: whoever reads one takes a reference of its own first.
+struct WifiContext {
+  /// Connects to the daemon. Memory that runs out here ends the process.
+  WifiContext() noexcept;
+
+  std::unique_ptr<WifiControlClient> client;
+  eastl::shared_ptr<NetworkList> storedNetworks;
+  eastl::shared_ptr<NetworkList> scannedNetworks;
+};
+
+WifiContext& GetWifiContext();
+
+}  // namespace wifi
+
+#endif  // KESTREL_WIFI_WIFI_CONTEXT_H

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "abi/promised_names.h"
+#include "install/manual_page.h"
+#include "support/run_program.h"
+
+namespace {
+
+using kestrel::test::BlockOf;
+using kestrel::test::Content;
+using kestrel::test::FirstGroups;
+using kestrel::test::RunProgram;
+using testing::HasSubstr;
+using testing::SizeIs;
+
+std::string Page(const std::string& path) { return Content(KESTREL_SOURCE_DIR "/man/" + path); }
+
+std::set<std::string> Exports() {
+  return kestrel::test::GlobalNames(KESTREL_SOURCE_DIR "/src/kestrel.map");
+}
+
+/// The page to which that of a function leads.
+std::string PageOf(const std::string& function) {
+  const std::set<std::string> target =
+      FirstGroups(Page("man3/" + function + ".3"), R"(\.so (man3/kestrel_[a-z]+\.3)\n)");
+  EXPECT_THAT(target, SizeIs(1)) << function;
+  return target.empty() ? "" : Page(*target.begin());
+}
+
+TEST(ManualPages, EveryFunctionLeadsToOneThatNamesIt) {
+  for (const std::string& function : Exports()) {
+    EXPECT_THAT(FirstGroups(BlockOf(PageOf(function), ".Sh", "NAME"), R"(\.Nm (\w+))"),
+                testing::Contains(function));
+  }
+}
+
+TEST(ManualPages, TellEveryErrnoOfTheHeaders) {
+  const auto comments = kestrel::test::FunctionComments(KESTREL_SOURCE_DIR "/inc/public/kestrel");
+  ASSERT_EQ(comments.size(), Exports().size());
+  size_t count = 0;
+  for (const auto& [function, comment] : comments) {
+    const std::string all = BlockOf(PageOf(function), ".Sh", "ERRORS");
+    const std::string errors = BlockOf(all, ".Ss", function);
+    const std::string common = all.substr(0, all.find("\n.Ss "));
+    const std::set<std::string> told = FirstGroups(common + errors, R"(\bEr (E[A-Z0-9]+)\b)");
+    for (const std::string& name : FirstGroups(comment, R"(\b(E[A-Z0-9]{3,})\b)")) {
+      EXPECT_THAT(told, testing::Contains(name)) << function;
+      ++count;
+    }
+    if (comment.find("daemon errors") != std::string::npos) {
+      EXPECT_THAT(errors, HasSubstr("\nDaemon errors")) << function;
+    }
+  }
+  EXPECT_GT(count, comments.size());
+}
+
+TEST(ManualPages, TellEveryLineThatFunctionsPrint) {
+  size_t count = 0;
+  for (const auto& [function, comment] :
+       kestrel::test::FunctionComments(KESTREL_SOURCE_DIR "/inc/public/kestrel")) {
+    const std::string diagnostics = BlockOf(PageOf(function), ".Sh", "DIAGNOSTICS");
+    for (const std::string& line :
+         FirstGroups(comment, R"re("((?:\[Kestrel:|Failed |Number of )[^"]+)")re")) {
+      EXPECT_THAT(diagnostics, HasSubstr("\n.It Li \"" + line + "\"\n")) << function;
+      ++count;
+    }
+  }
+  EXPECT_GT(count, 20U);
+}
+
+TEST(ManualPages, SayOfEveryFunctionWhoOwnsWhatAndHowThreadsMayCallIt) {
+  for (const std::string& function : Exports()) {
+    const std::string description = BlockOf(PageOf(function), ".Sh", "DESCRIPTION");
+    EXPECT_THAT(description, HasSubstr("\n.Ss Ownership\n")) << function;
+    EXPECT_THAT(description, HasSubstr("\n.Ss Threads\n")) << function;
+  }
+}
+
+/// What `--help` prints, without the examples.
+std::string Help(std::vector<std::string> command) {
+  command.emplace_back("--help");
+  const std::string text = RunProgram(command).standard_output;
+  return text.substr(0, text.find("\nExamples:"));
+}
+
+std::set<std::string> Subcommands(const std::string& help) {
+  const size_t begin = help.find("\nSubcommands:\n");
+  return begin == std::string::npos ? std::set<std::string>()
+                                    : FirstGroups(help.substr(begin), R"(\n  ([a-z][a-z-]*))");
+}
+
+std::string Joined(const std::vector<std::string>& command) {
+  std::string words;
+  for (size_t index = 1; index < command.size(); ++index) {
+    words += " " + command[index];
+  }
+  return words;
+}
+
+/// Expects the page to have every option of a command and, in turn, of its subcommands; returns how
+/// many commands there are.
+int ExpectDescribed(const std::string& page, const std::vector<std::string>& command) {
+  const std::string help = Help(command);
+  for (const std::string& option : FirstGroups(help, R"(\n  (?:-\w,)?--([a-z-]+))")) {
+    EXPECT_THAT(FirstGroups(page, R"(\n\.It (?:Fl \w , )?Fl -([a-z-]+))"),
+                testing::Contains(option))
+        << Joined(command);
+  }
+  const std::set<std::string> subcommands = Subcommands(help);
+  if (subcommands.empty()) {
+    EXPECT_THAT(page, HasSubstr("\n.It Cm" + Joined(command))) << Joined(command);
+  }
+  int count = 1;
+  for (const std::string& name : subcommands) {
+    std::vector<std::string> subcommand = command;
+    subcommand.push_back(name);
+    count += ExpectDescribed(page, subcommand);
+  }
+  return count;
+}
+
+TEST(ManualPages, DescribeEveryCommandAndOptionOfKestrelctl) {
+  EXPECT_GT(ExpectDescribed(Page("man1/kestrelctl.1"), {KESTRELCTL}), 13);
+}
+
+TEST(ManualPages, DescribeEveryCommandAndOptionOfTheBoard) {
+  EXPECT_GT(ExpectDescribed(Page("man1/kestrel-board.1"), {KESTREL_BOARD}), 13);
+}
+
+TEST(ManualPages, TellTheConfigurationAsTheGuideDoes) {
+  const std::string page = Page("man7/kestrel_board.7");
+  const std::string guide = Content(KESTREL_SOURCE_DIR "/docs/virtual-board.md");
+  const std::string toml = guide.substr(guide.find("\nfaults = ["));
+  for (const std::string& key :
+       FirstGroups(toml.substr(0, toml.find("```")), R"(\n(\[+[a-z.-]+\]+|[a-z-]+ =))")) {
+    EXPECT_THAT(page, HasSubstr("\n" + key));
+  }
+}
+
+}  // namespace

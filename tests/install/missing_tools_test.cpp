@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+// What somebody is told who lacks what a build needs: one line that says what to do.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support/run_program.h"
+#include "support/temporary_directory.h"
+
+namespace {
+
+using kestrel::test::ProgramResult;
+using kestrel::test::RunProgram;
+using testing::ContainsRegex;
+
+class MissingTools : public testing::Test {
+ protected:
+  /// Configures the project with the given options where `path` is searched for programs.
+  ProgramResult Configure(const std::vector<std::string>& options, const std::string& path) const {
+    std::vector<std::string> command = {CMAKE_PROGRAM,
+                                        "-G",
+                                        "Ninja",
+                                        "-S",
+                                        KESTREL_SOURCE_DIR,
+                                        "-B",
+                                        build_.path(),
+                                        std::string("-DCMAKE_MAKE_PROGRAM=") + NINJA_PROGRAM,
+                                        "-DKESTREL_BUILD_TESTS=OFF"};
+    command.insert(command.end(), options.begin(), options.end());
+    return RunProgram(command, {{"PATH", path}, {"CC", ""}, {"CXX", ""}});
+  }
+
+  /// A compiler that gives itself out for another version.
+  std::string CompilerOfVersion(int major) const {
+    std::string path = build_.path() + "/old-compiler";
+    std::ofstream(path) << "#!/bin/sh\nexec '" CXX_COMPILER "' -w -U__GNUC__ -D__GNUC__=" << major
+                        << " \"$@\"\n";
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
+  }
+
+  kestrel::test::TemporaryDirectory build_;
+};
+
+void ExpectOneLine(const ProgramResult& result, const std::string& regex) {
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.standard_error, ContainsRegex("\n *" + regex + "\n"));
+}
+
+TEST_F(MissingTools, NoCompilerIsAnnouncedWithItsPackage) {
+  ExpectOneLine(Configure({}, build_.path()),
+                "There is no compiler for C: install one \\(on Debian, apt-get install gcc\\), or "
+                "name it with -DCMAKE_C_COMPILER=\\.\\.\\.");
+  ExpectOneLine(
+      Configure({"-DCMAKE_C_COMPILER=" C_COMPILER}, build_.path()),
+      "There is no compiler for CXX: install one \\(on Debian, apt-get install g\\+\\+\\), "
+      "or name it with -DCMAKE_CXX_COMPILER=\\.\\.\\.");
+}
+
+TEST_F(MissingTools, NoCrossCompilerIsAnnouncedWithItsPackage) {
+  ExpectOneLine(
+      Configure({"-DCMAKE_TOOLCHAIN_FILE=" KESTREL_SOURCE_DIR "/cmake/armhf.cmake"}, build_.path()),
+      "There is no arm-linux-gnueabihf-g\\+\\+: install Debian's cross compilers with apt-get "
+      "install g\\+\\+-arm-linux-gnueabihf");
+}
+
+TEST_F(MissingTools, AnOldCompilerIsAnnouncedWithTheOldestThatWillDo) {
+  const std::string compiler = CompilerOfVersion(8);
+  ExpectOneLine(
+      Configure({"-DCMAKE_CXX_COMPILER=" + compiler, "-DCMAKE_C_COMPILER=" C_COMPILER},
+                getenv("PATH")),
+      compiler +
+          " is of version 8[.0-9]*, and the oldest that will do is 9: install a newer one "
+          "\\(on Debian, apt-get install g\\+\\+\\), or name it with "
+          "-DCMAKE_CXX_COMPILER=\\.\\.\\.");
+}
+
+TEST_F(MissingTools, AnUnknownPresetIsRefused) {
+  const ProgramResult result =
+      RunProgram({CMAKE_PROGRAM, "-S", KESTREL_SOURCE_DIR, "--preset", "no-such-preset"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.standard_error,
+              ContainsRegex("No such preset in [^\n]*: \"no-such-preset\"\n"));
+}
+
+TEST_F(MissingTools, UnknownVerbsAndStagesAreRefusedInOneLine) {
+  const ProgramResult verb = RunProgram({KESTREL_SOURCE_DIR "/dev", "deploy"});
+  EXPECT_EQ(verb.status, 1);
+  EXPECT_EQ(verb.standard_error, "dev: there is no verb 'deploy'; ./dev alone lists them\n");
+  const ProgramResult stage = RunProgram({KESTREL_SOURCE_DIR "/dev", "check", "fuss"});
+  EXPECT_EQ(stage.status, 1);
+  EXPECT_THAT(stage.standard_error,
+              testing::MatchesRegex("dev: there is no stage 'fuss' \\(known: [^\n]*\\)\n"));
+}
+
+}  // namespace

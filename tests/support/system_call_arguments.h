@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_TESTS_SUPPORT_SYSTEM_CALL_ARGUMENTS_H
+#define KESTREL_TESTS_SUPPORT_SYSTEM_CALL_ARGUMENTS_H
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace kestrel::test {
+
+/// The arguments or the environment of a program, as it is started with them. They must outlive the
+/// result.
+std::vector<char*> Pointers(std::vector<std::string>& texts);
+
+/// The time that is left, as poll takes it; 0 after the deadline.
+int MillisecondsUntil(std::chrono::steady_clock::time_point deadline);
+
+}  // namespace kestrel::test
+
+#endif  // KESTREL_TESTS_SUPPORT_SYSTEM_CALL_ARGUMENTS_H

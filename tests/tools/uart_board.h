@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KESTREL_TESTS_TOOLS_UART_BOARD_H
+#define KESTREL_TESTS_TOOLS_UART_BOARD_H
+
+#include <string>
+
+#include "on_board.h"
+
+namespace kestrel::test {
+
+/// A board whose ports 0 and 1 are joined by a cable, and whose port 2 answers itself.
+class UartBoard : public SharedBoard {
+ public:
+  UartBoard() : SharedBoard({"--config", UART_BOARD_CONFIG}) {}
+
+  /// The command `kestrelctl uart ARGUMENT…` on this board.
+  Words Uart(const Words& arguments) const;
+  /// Waits until a program has the port open, for what comes to a closed port is lost.
+  bool WaitUntilOpen(int port) const;
+  /// Sends a text over a port, which must succeed.
+  void Send(int port, const std::string& text) const;
+};
+
+}  // namespace kestrel::test
+
+#endif  // KESTREL_TESTS_TOOLS_UART_BOARD_H
