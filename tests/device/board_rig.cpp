@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The board is told by its own command what happens to it.
+#include <string.h>
+
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <vector>
@@ -36,10 +38,39 @@ class BoardRig : public Rig {
   }
 
   int AsUserWhoMayNotOpen(const std::string& path, const std::function<int()>& body) override {
-    Tell({"fault", "open:" + path + "=EACCES"});
+    SetFaults({"open:" + path + "=EACCES"});
     const int result = InChild(body);
-    Tell({"fault", "--clear"});
+    SetFaults({});
     return result;
+  }
+
+  void SlowDownPort(uint32_t number) override {
+    Tell({"uart", std::to_string(number), "--forget", "speed"});
+  }
+
+  void SpeedUpPort(uint32_t number) override {
+    Tell({"uart", std::to_string(number), "--keep-all"});
+  }
+
+  void FailSecurityRequests(int error) override {
+    SetFaults({"ioctl:WARDEN_GET_DEVICE_STATE=" + std::string(strerrorname_np(error))});
+  }
+
+  void RemoveNode(const std::string& path) override { SetFaults({"open:" + path + "=ENOENT"}); }
+  void MendSecurityDevice() override { SetFaults({}); }
+
+  void WriteNetworkStatus(const std::string& hex) override { Tell({"network", "bytes", hex}); }
+  void RemoveNetworkStatus() override { Tell({"network", "absent"}); }
+
+ private:
+  /// The faults of the port without hardware stay; all others go.
+  static void SetFaults(const std::vector<std::string>& faults) {
+    std::vector<std::string> arguments = {"fault", "--clear"};
+    for (const char* call : {"tcgetattr", "tcsetattr", "read", "write"}) {
+      arguments.push_back(call + (":" + PortPath(kHollowPort)) + "=EIO");
+    }
+    arguments.insert(arguments.end(), faults.begin(), faults.end());
+    Tell(arguments);
   }
 };
 

@@ -11,6 +11,11 @@ struct Difference {
   Value real_parts;
 };
 
+// The reasons stand in docs/board-and-machine.md.
+
+/// Whether a port that an XOFF has stopped can still be written to.
+inline constexpr Difference<bool> kStoppedPortTakesBytes = {false, true};
+
 }  // namespace kestrel::test
 
 #endif  // KESTREL_TESTS_DEVICE_DIFFERENCES_H

@@ -24,6 +24,14 @@ inline constexpr uint32_t kHollowPort = 2;
 inline constexpr char kChipPath[] = "/dev/gpiochip0";
 inline constexpr char kWardenPath[] = "/dev/warden";
 inline constexpr char kLodestonePath[] = "/dev/lodestone";
+inline constexpr char kNetworkStatusPath[] = "/var/run/network_status";
+
+inline std::string PortPath(uint32_t number) { return "/dev/ttyS" + std::to_string(number); }
+
+/// What the security device was given when the device was made.
+inline constexpr char kDeviceIdentifier[] =
+    "000102030405060708090A0B0C0D0E0FF0E1D2C3B4A5968778695A4B3C2D1E0F"
+    "101112131415161718191A1B1C1D1E1F202122232425262728292A2B2C2D2EFF";
 
 /// A GPIO line as somebody with a meter and the driver's documentation sees it.
 struct LineOutside {
@@ -54,6 +62,21 @@ class Rig {
   /// Drives a line from outside: an input follows, an output that drives its line does not.
   virtual void DriveLine(int line, GpioLevel level) = 0;
   virtual LineOutside LookAtLine(int line) = 0;
+
+  /// Lets a serial port do no speed above 115200, or all of them again.
+  virtual void SlowDownPort(uint32_t number) = 0;
+  virtual void SpeedUpPort(uint32_t number) = 0;
+
+  /// Lets the security device answer every request with an errno.
+  virtual void FailSecurityRequests(int error) = 0;
+  /// Takes kWardenPath or kLodestonePath away.
+  virtual void RemoveNode(const std::string& path) = 0;
+  /// Lets both be there and answer with kDeviceIdentifier.
+  virtual void MendSecurityDevice() = 0;
+
+  /// The status file of the networking service.
+  virtual void WriteNetworkStatus(const std::string& hex) = 0;
+  virtual void RemoveNetworkStatus() = 0;
 
   /// Calls `body` in a child of this process that belongs to a user who may not open `path`.
   /// Returns what `body` returned, as InChild() does.
