@@ -9,6 +9,7 @@
 #include "rigs.h"
 #include "support/in_child.h"
 #include "support/run_program.h"
+#include "support/temporary_directory.h"
 
 namespace kestrel::test {
 namespace {
@@ -61,6 +62,26 @@ class BoardRig : public Rig {
 
   void WriteNetworkStatus(const std::string& hex) override { Tell({"network", "bytes", hex}); }
   void RemoveNetworkStatus() override { Tell({"network", "absent"}); }
+
+  void ResetWifi() override {
+    StartWifiDaemon();
+    RemoveAllNetworks();
+  }
+
+  void StopWifiDaemon() override { Tell({"wifi", "--daemon", "refusing"}); }
+  void StartWifiDaemon() override {
+    Tell({"wifi", "--script", "none"});
+    Tell({"wifi", "--daemon", "running"});
+  }
+
+  // One program on the board is what the socket belongs to and what has the networks.
+  void KillSupplicant() override { StopWifiDaemon(); }
+  void StartSupplicant() override { StartWifiDaemon(); }
+
+  void FreezeWifiDaemon() override {
+    const TemporaryDirectory folder;
+    Tell({"wifi", "--script", folder.Write("silence.toml", "[[rule]]\naction = \"silence\"\n")});
+  }
 
  private:
   /// The faults of the port without hardware stay; all others go.

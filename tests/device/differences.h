@@ -2,6 +2,10 @@
 #ifndef KESTREL_TESTS_DEVICE_DIFFERENCES_H
 #define KESTREL_TESTS_DEVICE_DIFFERENCES_H
 
+#include <errno.h>
+
+#include "support/observed_call.h"
+
 namespace kestrel::test {
 
 /// One behaviour of which the virtual board and real parts each have their own.
@@ -15,6 +19,19 @@ struct Difference {
 
 /// Whether a port that an XOFF has stopped can still be written to.
 inline constexpr Difference<bool> kStoppedPortTakesBytes = {false, true};
+
+/// What one call of the library gives.
+struct CallOutcome {
+  int result;
+  int error;
+  const char* printed;
+};
+
+/// Counting stored networks when the supplicant has just been killed, and when it runs again.
+inline constexpr Difference<CallOutcome> kCallToDeadSupplicant = {
+    {-1, EIO, "[Kestrel:WifiConfig] Error performing operation: 32\n"}, {-1, EINVAL, ""}};
+inline constexpr Difference<CallOutcome> kCallToRevivedSupplicant = {
+    {-1, EIO, "[Kestrel:WifiConfig] Error performing operation: 22\n"}, {0, kUntouched, ""}};
 
 }  // namespace kestrel::test
 

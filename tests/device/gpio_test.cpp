@@ -116,7 +116,7 @@ struct OpenOutput {
 
 class DeviceGpioOpenOutput : public testing::TestWithParam<OpenOutput> {
  protected:
-  ~DeviceGpioOpenOutput() override { TheRig().DriveLine(8, GpioLevel_Low); }
+  void TearDown() override { TheRig().DriveLine(8, GpioLevel_Low); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Each, DeviceGpioOpenOutput,

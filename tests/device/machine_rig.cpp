@@ -6,17 +6,24 @@
 #include <grp.h>
 #include <linux/serial.h>
 #include <pwd.h>
+#include <signal.h>
 #include <string.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
+#include <thread>
 #include <utility>
+#include <vector>
 
+#include "board/wifi_client.h"
+#include "board/wifi_exports.h"
 #include "rigs.h"
 #include "support/in_child.h"
+#include "support/run_program.h"
 
 namespace kestrel::test {
 namespace {
@@ -89,6 +96,38 @@ void SetBaseRate(uint32_t number, int rate) {
   }
 }
 
+/// Where a device node lies while it is taken away.
+std::string Away(const std::string& path) { return path + ".away"; }
+
+/// Runs the machine's own command for its daemons.
+void Wifi(const std::vector<std::string>& words) {
+  std::vector<std::string> arguments = {"wifi"};
+  arguments.insert(arguments.end(), words.begin(), words.end());
+  const ProgramResult result = RunProgram(arguments);
+  if (result.status != 0) {
+    throw std::runtime_error("wifi: " + result.standard_error);
+  }
+}
+
+void StartIfGone(const std::string& daemon) {
+  if (access(("/run/" + daemon + ".pid").c_str(), F_OK) != 0) {
+    Wifi({"start", daemon});
+  }
+}
+
+/// Waits until a command gets through the relay to the supplicant and back.
+void AwaitWifiAnswer() {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (WifiClient(kWifiSocketPath).Ask("PING") != "PONG\n") {
+    if (std::chrono::steady_clock::now() > deadline) {
+      throw std::runtime_error("the Wi-Fi daemons do not answer");
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+}
+
+void SignalSupplicant(int number) { kill(std::stoi(ReadWord("/run/supplicant.pid")), number); }
+
 class MachineRig : public Rig {
  public:
   MachineRig() {
@@ -119,17 +158,20 @@ class MachineRig : public Rig {
   void SpeedUpPort(uint32_t number) override { SetBaseRate(number, kBaseRate); }
 
   void FailSecurityRequests(int error) override {
-    WriteFile(kSecurityConfig, "errno " + std::to_string(error) + "\n");
+    WriteFile(kSecurityConfig, "result " + std::to_string(-error) + "\n");
   }
 
   void RemoveNode(const std::string& path) override {
-    if (unlink(path.c_str()) != 0) {
+    if (rename(path.c_str(), Away(path).c_str()) != 0) {
       throw std::runtime_error(path + ": " + strerror(errno));
     }
   }
 
   void MendSecurityDevice() override {
     WriteFile(kSecurityConfig, "identifier " + std::string(kDeviceIdentifier) + "\n");
+    for (const std::string path : {kWardenPath, kLodestonePath}) {
+      rename(Away(path).c_str(), path.c_str());
+    }
   }
 
   void WriteNetworkStatus(const std::string& hex) override {
@@ -141,6 +183,27 @@ class MachineRig : public Rig {
   }
 
   void RemoveNetworkStatus() override { unlink(kNetworkStatusPath); }
+
+  void ResetWifi() override {
+    StartIfGone("supplicant");
+    StartWifiDaemon();
+    RemoveAllNetworks();
+  }
+
+  void StopWifiDaemon() override { Wifi({"kill", "relay"}); }
+  void StartWifiDaemon() override {
+    SignalSupplicant(SIGCONT);
+    StartIfGone("relay");
+    AwaitWifiAnswer();
+  }
+
+  void KillSupplicant() override { Wifi({"kill", "supplicant"}); }
+  void StartSupplicant() override {
+    StartIfGone("supplicant");
+    AwaitWifiAnswer();
+  }
+
+  void FreezeWifiDaemon() override { SignalSupplicant(SIGSTOP); }
 };
 
 }  // namespace

@@ -24,7 +24,7 @@ struct Status {
 
 class DeviceNetworking : public testing::Test {
  protected:
-  ~DeviceNetworking() override { TheRig().RemoveNetworkStatus(); }
+  void TearDown() override { TheRig().RemoveNetworkStatus(); }
 
   bool ready_ = true;
   const std::function<int()> ask_ = [this] { return Networking_IsNetworkingReady(&ready_); };

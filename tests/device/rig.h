@@ -30,8 +30,8 @@ inline std::string PortPath(uint32_t number) { return "/dev/ttyS" + std::to_stri
 
 /// What the security device was given when the device was made.
 inline constexpr char kDeviceIdentifier[] =
-    "000102030405060708090A0B0C0D0E0FF0E1D2C3B4A5968778695A4B3C2D1E0F"
-    "101112131415161718191A1B1C1D1E1F202122232425262728292A2B2C2D2EFF";
+    "01264B7095BADF04294E7398BDE2072C51769BC0E50A2F54799EC3E80D32577C"
+    "A1C6EB10355A7FA4C9EE13385D82A7CCF1163B6085AACFF4193E6388ADD2F71C";
 
 /// A GPIO line as somebody with a meter and the driver's documentation sees it.
 struct LineOutside {
@@ -77,6 +77,17 @@ class Rig {
   /// The status file of the networking service.
   virtual void WriteNetworkStatus(const std::string& hex) = 0;
   virtual void RemoveNetworkStatus() = 0;
+
+  /// Lets the Wi-Fi daemon run without stored networks, and waits until it is on none.
+  virtual void ResetWifi() = 0;
+  /// Kills what listens at the library's socket, and starts it again.
+  virtual void StopWifiDaemon() = 0;
+  virtual void StartWifiDaemon() = 0;
+  /// Kills what has the networks and the radio, and starts it with the networks that it has saved.
+  virtual void KillSupplicant() = 0;
+  virtual void StartSupplicant() = 0;
+  /// Lets no command be answered any more, until StartWifiDaemon() or ResetWifi().
+  virtual void FreezeWifiDaemon() = 0;
 
   /// Calls `body` in a child of this process that belongs to a user who may not open `path`.
   /// Returns what `body` returned, as InChild() does.

@@ -18,7 +18,7 @@ constexpr char kCannotBeOpened[] = "[Kestrel:Manufacturing] error retrieving dev
 
 class DeviceIdentifier : public testing::Test {
  protected:
-  ~DeviceIdentifier() override { TheRig().MendSecurityDevice(); }
+  void TearDown() override { TheRig().MendSecurityDevice(); }
 
   Observed Ask() {
     return Observe([this] { return Manufacturing_GetDeviceId(text_, sizeof text_); });
