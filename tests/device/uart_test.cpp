@@ -127,6 +127,8 @@ TEST_P(DeviceUartSpeed, IsSetAndCarriesEveryByteBothWays) {
   UartConfigRecord config = PortConfig();
   config.baudRate = GetParam().baud_rate;
   const Cable cable(config);
+  ASSERT_GE(cable.left, 0);
+  ASSERT_GE(cable.right, 0);
   for (const uint32_t number : {kLeftPort, kRightPort}) {
     const termios settings = SettingsOf(number);
     EXPECT_EQ(cfgetospeed(&settings), GetParam().code) << number;
