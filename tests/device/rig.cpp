@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "rig.h"
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <cstdlib>
 #include <stdexcept>
@@ -24,6 +26,15 @@ std::unique_ptr<Rig> MakeRig() {
   }
   throw std::runtime_error("KESTREL_RIG must be board or machine, not " + name);
 }
+
+/// Sets the rig up before the first test, also when that test does not ask for it.
+class RigSetUp : public testing::Environment {
+ public:
+  void SetUp() override { TheRig(); }
+};
+
+[[maybe_unused]] const testing::Environment* const kRigSetUp =
+    testing::AddGlobalTestEnvironment(new RigSetUp);
 
 }  // namespace
 
