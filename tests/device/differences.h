@@ -3,6 +3,7 @@
 #define KESTREL_TESTS_DEVICE_DIFFERENCES_H
 
 #include <errno.h>
+#include <sys/stat.h>
 
 #include "support/observed_call.h"
 
@@ -16,6 +17,16 @@ struct Difference {
 };
 
 // The reasons stand in docs/board-and-machine.md.
+
+/// What the descriptor of the chip is, as S_IFMT has it.
+inline constexpr Difference<mode_t> kKindOfChip = {S_IFSOCK, S_IFCHR};
+
+/// Where the name of an open serial port begins.
+inline constexpr Difference<const char*> kNameOfPort = {"/dev/pts/", "/dev/ttyS"};
+
+/// The errno of asking a serial port for its modem lines, and of setting seven data bits.
+inline constexpr Difference<int> kModemLines = {ENOTTY, 0};
+inline constexpr Difference<int> kSevenDataBits = {EINVAL, 0};
 
 /// Whether a port that an XOFF has stopped can still be written to.
 inline constexpr Difference<bool> kStoppedPortTakesBytes = {false, true};

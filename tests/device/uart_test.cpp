@@ -20,6 +20,7 @@
 #include "support/eight_threads.h"
 #include "support/in_child.h"
 #include "support/outcome.h"
+#include "visitor.h"
 
 namespace kestrel::test {
 namespace {
@@ -30,21 +31,6 @@ constexpr size_t kMebibyte = size_t{1024} * 1024;
 constexpr uint32_t kMissingPort = 255;
 constexpr char kLocked[] =
     "[Kestrel:UART] Unable to open device exclusively: Resource temporarily unavailable (11).\n";
-
-/// A port as an outsider opens it: without the library, without changing anything.
-class Visitor {
- public:
-  explicit Visitor(uint32_t number)
-      : port_(open(PortPath(number).c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {}
-  ~Visitor() { close(port_); }
-  Visitor(const Visitor&) = delete;
-  Visitor& operator=(const Visitor&) = delete;
-
-  int get() const { return port_; }
-
- private:
-  int port_;
-};
 
 termios SettingsOf(uint32_t number) {
   const Visitor visitor(number);
@@ -268,6 +254,15 @@ TEST(DeviceUart, SettingsOfTheOpenBeforeAreGone) {
   EXPECT_EQ(settings.c_iflag & (IXON | IXOFF), 0U);
   EXPECT_EQ(cfgetospeed(&settings), speed_t{B115200});
   close(port);
+}
+
+TEST(DeviceUart, SettingsLastWhileThePortIsClosed) {
+  UartConfigRecord config = PortConfig(UartFlowControl_RtsCts);
+  config.baudRate = 19200;
+  EXPECT_EQ(close(z__UART_Open(kLeftPort, &config)), 0);
+  const termios settings = SettingsOf(kLeftPort);
+  EXPECT_EQ(settings.c_cflag & CRTSCTS, tcflag_t{CRTSCTS});
+  EXPECT_EQ(cfgetospeed(&settings), speed_t{B19200});
 }
 
 TEST(DeviceUart, FramingOtherThanEightNoneOneIsRefusedBeforeThePortIsTouched) {
