@@ -80,6 +80,14 @@ TEST_F(MissingTools, AnOldCompilerIsAnnouncedWithTheOldestThatWillDo) {
           "-DCMAKE_CXX_COMPILER=\\.\\.\\.");
 }
 
+TEST_F(MissingTools, NoSupplicantLibraryIsAnnouncedWithItsPackageAndTheWayWithout) {
+  const std::vector<std::string> options = {"-DCMAKE_IGNORE_PATH=/usr/include",
+                                            "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_EASTL=std"};
+  ExpectOneLine(Configure(options, getenv("PATH")),
+                "kestrel-wifi-relay needs libwpa_client: install it \\(on Debian, apt-get install "
+                "libwpa-client-dev\\), or leave the relay out with -DKESTREL_BUILD_RELAY=OFF");
+}
+
 TEST_F(MissingTools, AnUnknownPresetIsRefused) {
   const ProgramResult result =
       RunProgram({CMAKE_PROGRAM, "-S", KESTREL_SOURCE_DIR, "--preset", "no-such-preset"});

@@ -26,8 +26,8 @@ class SystemEastl : public testing::Test {
     const ProgramResult configured = RunProgram(
         {CMAKE_PROGRAM, "-G", "Ninja", "-S", KESTREL_SOURCE_DIR, "-B", build_.path(),
          "-DKESTREL_EASTL=system", where_eastl_is, "-DKESTREL_BUILD_TESTS=OFF",
-         "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_BUILD_TOOLS=OFF", "-DKESTREL_BUILD_EXAMPLES=OFF",
-         std::string("-DCMAKE_CXX_COMPILER=") + CXX_COMPILER,
+         "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_BUILD_RELAY=OFF", "-DKESTREL_BUILD_TOOLS=OFF",
+         "-DKESTREL_BUILD_EXAMPLES=OFF", std::string("-DCMAKE_CXX_COMPILER=") + CXX_COMPILER,
          std::string("-DCMAKE_C_COMPILER=") + C_COMPILER});
     ASSERT_EQ(configured.status, 0) << configured.standard_error;
     EXPECT_THAT(configured.standard_output, testing::HasSubstr("Containers: the system's EASTL"));

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "log.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace kestrel::relay {
+namespace {
+
+constexpr size_t kLongestName = 32;
+
+/// The service manager names the stream that it has connected; a redirection since leads elsewhere.
+bool LeadsToJournal(int descriptor) {
+  const char* const stream = getenv("JOURNAL_STREAM");
+  struct stat file {};
+  return stream != nullptr && fstat(descriptor, &file) == 0 &&
+         std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino) == stream;
+}
+
+bool IsPartOfName(char character) {
+  return (character >= 'A' && character <= 'Z') || (character >= '0' && character <= '9') ||
+         character == '_';
+}
+
+}  // namespace
+
+Log::Log(bool verbose) : verbose_(verbose), to_journal_(LeadsToJournal(STDERR_FILENO)) {}
+
+void Log::Write(int priority, const std::string& text) const {
+  std::string line =
+      to_journal_ ? "<" + std::to_string(priority) + ">" : std::string("kestrel-wifi-relay: ");
+  line += text;
+  std::replace(line.begin(), line.end(), '\n', ' ');
+  line += '\n';
+  // In one piece, and nobody is there to be told when it fails.
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+}
+
+std::string NameOf(const std::string& command) {
+  const std::string name = command.substr(0, command.find(' '));
+  const bool is_name = !name.empty() && name.size() <= kLongestName &&
+                       std::all_of(name.begin(), name.end(), IsPartOfName);
+  return is_name ? name : "a command";
+}
+
+}  // namespace kestrel::relay

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "relay_socket.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "host/error.h"
+#include "support/descriptors.h"
+#include "support/temporary_directory.h"
+
+namespace {
+
+/// What the next call of that name does, besides noting that it was made.
+struct Calls {
+  std::string path;
+  int listen_errno = 0;
+  int lchown_errno = 0;
+  int flock_errno = 0;
+  std::function<void()> before_flock;
+  std::optional<gid_t> group;                ///< that lchown was called with
+  std::optional<gid_t> group_when_listened;  ///< the one before listen
+  std::optional<mode_t> mode_when_listened;
+} g_calls;
+
+template <typename Function>
+Function* Next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+int FailWith(int error) {
+  errno = error;
+  return -1;
+}
+
+}  // namespace
+
+extern "C" {
+
+int listen(int fd, int backlog) noexcept {
+  struct stat file {};
+  if (stat(g_calls.path.c_str(), &file) == 0) {
+    g_calls.mode_when_listened = file.st_mode & 07777;
+    g_calls.group_when_listened = g_calls.group;
+  }
+  return g_calls.listen_errno != 0 ? FailWith(g_calls.listen_errno)
+                                   : Next<int(int, int)>("listen")(fd, backlog);
+}
+
+// Giving a file away takes rights that a test need not have.
+int lchown(const char* /*path*/, uid_t /*owner*/, gid_t group) noexcept {
+  g_calls.group = group;
+  return g_calls.lchown_errno != 0 ? FailWith(g_calls.lchown_errno) : 0;
+}
+
+int flock(int fd, int operation) noexcept {
+  if (g_calls.before_flock) {
+    std::exchange(g_calls.before_flock, nullptr)();
+  }
+  return g_calls.flock_errno != 0 ? FailWith(g_calls.flock_errno)
+                                  : Next<int(int, int)>("flock")(fd, operation);
+}
+
+}  // extern "C"
+
+namespace kestrel::relay {
+namespace {
+
+using board::BoardError;
+using testing::Optional;
+
+class RelaySocketTest : public testing::Test {
+ protected:
+  RelaySocketTest() {
+    g_calls = Calls();
+    g_calls.path = path_;
+  }
+  ~RelaySocketTest() override {
+    EXPECT_EQ(test::OpenDescriptors(), descriptors_);
+    EXPECT_TRUE(folder_.IsEmpty());
+  }
+
+  std::string FailureOfOpening(const std::string& group = "") const {
+    try {
+      const RelaySocket socket(path_, 0640, group);
+    } catch (const BoardError& error) {
+      return error.what();
+    }
+    return "none";
+  }
+
+  const std::set<int> descriptors_ = test::OpenDescriptors();
+  const test::TemporaryDirectory folder_;
+  const std::string path_ = folder_.path() + "/socket";
+};
+
+TEST_F(RelaySocketTest, HasItsModeAndGroupBeforeAnybodyCanConnect) {
+  const mode_t umask_before = umask(027);
+  const RelaySocket socket(path_, 0626, "4711");
+  EXPECT_THAT(g_calls.mode_when_listened, Optional(0626U));
+  EXPECT_THAT(g_calls.group_when_listened, Optional(4711U));
+  EXPECT_EQ(umask(umask_before), 027U);
+}
+
+TEST_F(RelaySocketTest, FindsItsGroupByName) {
+  const RelaySocket socket(path_, 0660, "root");
+  EXPECT_THAT(g_calls.group, Optional(0U));
+}
+
+TEST_F(RelaySocketTest, KeepsTheGroupOfTheProcessUnlessOneIsGiven) {
+  const RelaySocket socket(path_, 0660, "");
+  EXPECT_THAT(g_calls.group, Optional(static_cast<gid_t>(-1)));
+}
+
+TEST_F(RelaySocketTest, GroupThatMayNotBeGivenIsAFailure) {
+  g_calls.lchown_errno = EPERM;
+  EXPECT_EQ(FailureOfOpening("4711"), path_ + ": Operation not permitted");
+}
+
+TEST_F(RelaySocketTest, NumbersBeyondGroupsAreNone) {
+  EXPECT_EQ(FailureOfOpening("4294967296"), "there is no group '4294967296'");
+  EXPECT_EQ(FailureOfOpening("12a"), "there is no group '12a'");
+}
+
+TEST_F(RelaySocketTest, ListeningCanFail) {
+  g_calls.listen_errno = ENOBUFS;
+  EXPECT_EQ(FailureOfOpening(), path_ + ": No buffer space available");
+}
+
+TEST_F(RelaySocketTest, LockingCanFail) {
+  g_calls.flock_errno = ENOLCK;
+  EXPECT_EQ(FailureOfOpening(), path_ + ".lock: No locks available");
+  // The file that it made: whether somebody else has locked it, it could not tell.
+  EXPECT_TRUE(std::filesystem::remove(path_ + ".lock"));
+}
+
+TEST_F(RelaySocketTest, LockThatIsRemovedWhileItIsTakenIsTakenAnew) {
+  g_calls.before_flock = [this] { unlink((path_ + ".lock").c_str()); };
+  const RelaySocket socket(path_, 0660, "");
+  const int lock = open((path_ + ".lock").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(lock, 0);
+  EXPECT_EQ(flock(lock, LOCK_EX | LOCK_NB), -1);
+  EXPECT_EQ(errno, EWOULDBLOCK);
+  close(lock);
+}
+
+TEST_F(RelaySocketTest, LockThatIsNoFileIsNone) {
+  ASSERT_EQ(mkfifo((path_ + ".lock").c_str(), 0600), 0);
+  EXPECT_EQ(FailureOfOpening(), path_ + ".lock: is no lock of a relay of this user");
+  EXPECT_TRUE(std::filesystem::remove(path_ + ".lock"));
+}
+
+}  // namespace
+}  // namespace kestrel::relay
