@@ -2,16 +2,16 @@
 include(GoogleTest)
 
 # kestrel_add_test(NAME SOURCES file… [LIBRARIES target…] [LABEL label] [PREFIX text]
-#                  [ENVIRONMENT change]
+#                  [ENVIRONMENT change] [LAUNCHER program]
 #                  [ON_BOARD [option…]])
 #
 # A GoogleTest program. Each of its tests becomes a ctest test with a process of its own, so that
 # every test meets the library's singletons as a fresh program would. PREFIX tells programs with
 # tests of the same names apart. ENVIRONMENT is a change as ctest's ENVIRONMENT_MODIFICATION has it,
-# for tests that start no programs. With ON_BOARD the program runs on a virtual board of its own,
+# for tests that start no programs. LAUNCHER is given the program with its arguments to run. With ON_BOARD the program runs on a virtual board of its own,
 # started with the given options of `kestrel-board run`.
 function(kestrel_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "ENVIRONMENT;LABEL;PREFIX" "SOURCES;LIBRARIES;ON_BOARD")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "ENVIRONMENT;LABEL;LAUNCHER;PREFIX" "SOURCES;LIBRARIES;ON_BOARD")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE
     ${arg_LIBRARIES} kestrel_test_support GTest::gmock_main kestrel_warnings kestrel_sanitizers)
@@ -22,6 +22,9 @@ function(kestrel_add_test name)
     add_dependencies(${name} kestrel-board)
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR
       "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kestrel-board;run;${arg_ON_BOARD};--")
+  endif()
+  if(arg_LAUNCHER)
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${arg_LAUNCHER}")
   endif()
   # One change alone: gtest_discover_tests would take a second for the name of a property.
   set(environment "")
