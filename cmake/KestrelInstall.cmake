@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Installs the library, its headers, kestrel.pc and the CMake package Kestrel, and manual pages. Every
 # file finds the others from where it is itself, so that the prefix may be given at install time and
-# moved later. The components Runtime, Development, Tools and Board are packages elsewhere.
+# moved later. The components Runtime, Development, Tools, Board and Relay are packages elsewhere.
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Kestrel")

@@ -103,16 +103,22 @@ std::string Joined(const std::vector<std::string>& command) {
   return words;
 }
 
-/// Expects the page to have every option of a command and, in turn, of its subcommands; returns how
-/// many commands there are.
-int ExpectDescribed(const std::string& page, const std::vector<std::string>& command) {
-  const std::string help = Help(command);
-  for (const std::string& option : FirstGroups(help, R"(\n  (?:-\w,)?--([a-z-]+))")) {
+/// Expects the page to have every option of a command.
+void ExpectOptionsDescribed(const std::string& page, const std::vector<std::string>& command) {
+  const std::set<std::string> options = FirstGroups(Help(command), R"(\n  (?:-\w,)?--([a-z-]+))");
+  EXPECT_THAT(options, testing::Contains("help"));
+  for (const std::string& option : options) {
     EXPECT_THAT(FirstGroups(page, R"(\n\.It (?:Fl \w , )?Fl -([a-z-]+))"),
                 testing::Contains(option))
         << Joined(command);
   }
-  const std::set<std::string> subcommands = Subcommands(help);
+}
+
+/// Expects the page to have every option of a command and, in turn, of its subcommands; returns how
+/// many commands there are.
+int ExpectDescribed(const std::string& page, const std::vector<std::string>& command) {
+  ExpectOptionsDescribed(page, command);
+  const std::set<std::string> subcommands = Subcommands(Help(command));
   if (subcommands.empty()) {
     EXPECT_THAT(page, HasSubstr("\n.It Cm" + Joined(command))) << Joined(command);
   }
@@ -131,6 +137,15 @@ TEST(ManualPages, DescribeEveryCommandAndOptionOfKestrelctl) {
 
 TEST(ManualPages, DescribeEveryCommandAndOptionOfTheBoard) {
   EXPECT_GT(ExpectDescribed(Page("man1/kestrel-board.1"), {KESTREL_BOARD}), 13);
+}
+
+TEST(ManualPages, DescribeEveryOptionOfTheRelay) {
+  const std::string page = Page("man8/kestrel-wifi-relay.8");
+  ExpectOptionsDescribed(page, {KESTREL_WIFI_RELAY});
+  const std::string help = Help({KESTREL_WIFI_RELAY});
+  for (const std::string& path : FirstGroups(help, "=(/[a-z0-9_/-]+)\n")) {
+    EXPECT_THAT(page, HasSubstr("\n.Pa " + path));
+  }
 }
 
 TEST(ManualPages, TellTheConfigurationAsTheGuideDoes) {
