@@ -82,7 +82,7 @@ TEST_F(InstalledLibrary, ComesWithTheToolsTheirCompletionAndManualPages) {
   EXPECT_EQ(FilesIn(Prefix() / "bin"), (std::set<std::string>{"kestrel-board", "kestrelctl"}));
   EXPECT_TRUE(fs::is_regular_file(LibraryDirectory() / "kestrel-board/preload.so"));
   EXPECT_TRUE(fs::is_regular_file(Prefix() / "share/bash-completion/completions/kestrelctl"));
-  for (const char* section : {"man1", "man3", "man7"}) {
+  for (const char* section : {"man1", "man3", "man7", "man8"}) {
     EXPECT_EQ(FilesIn(Prefix() / "share/man" / section),
               FilesIn(fs::path(KESTREL_SOURCE_DIR "/man") / section));
   }
@@ -97,7 +97,7 @@ TEST_F(InstalledLibrary, HasABoardThatFindsWhatItPreloads) {
 }
 
 TEST_F(InstalledLibrary, IsTheSumOfItsComponents) {
-  for (const char* component : {"Runtime", "Development", "Tools", "Board"}) {
+  for (const char* component : {"Runtime", "Development", "Tools", "Board", "Relay"}) {
     Require({CMAKE_PROGRAM, "--install", KESTREL_BUILD_DIR, "--prefix", work_.path(), "--component",
              component});
   }
