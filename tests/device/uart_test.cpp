@@ -218,9 +218,15 @@ TEST_P(DeviceUartFlowControl, CarriesAllThatIsSentBothWaysAtTheSameTime) {
   EXPECT_TRUE(rightward.get());
 }
 
-TEST(DeviceUart, CarriesAMebibyteEachWayWithoutLoss) {
+// One test for each way: an emulated machine that has to share its host takes a minute for one.
+
+TEST(DeviceUart, CarriesAMebibyteToTheRightWithoutLoss) {
   const Cable cable(PortConfig(UartFlowControl_None));
   EXPECT_TRUE(Arrives(cable.left, cable.right, Noise(kMebibyte, 3, false)));
+}
+
+TEST(DeviceUart, CarriesAMebibyteToTheLeftWithoutLoss) {
+  const Cable cable(PortConfig(UartFlowControl_None));
   EXPECT_TRUE(Arrives(cable.right, cable.left, Noise(kMebibyte, 4, false)));
 }
 
