@@ -39,6 +39,10 @@ TEST_F(RelayExchange, CommandEndsAtItsFirstNulOrWithoutAny) {
   program.SendBytes("SCAN");
   supplicant_->Expect("SCAN", "2");
   EXPECT_EQ(program.Receive(), "2");
+  // Read as the end of a connection is.
+  program.SendBytes("");
+  supplicant_->Expect("", "3");
+  EXPECT_EQ(program.Receive(), "3");
 }
 
 TEST_F(RelayExchange, PassesLongRepliesWhole) {

@@ -137,6 +137,8 @@ TEST_F(RelayService, TakesThePlaceOfOneThatWasKilled) {
   const Program program(socket_path_);
   ExpectExchange(program, "STATUS", "OK\n");
   Kill();
+  // A number of more digits than any process has.
+  folder_.Write("socket.lock", "12345678901");
   EXPECT_THAT(Links(), SizeIs(1));
   EXPECT_TRUE(fs::exists(socket_path_));
   const DatagramSocket living(client_folder_ + "/wpa_ctrl_1-1");
@@ -146,6 +148,7 @@ TEST_F(RelayService, TakesThePlaceOfOneThatWasKilled) {
   }
   std::ofstream(client_folder_ + "/wpa_ctrl_7-7") << "no socket";
   Start();
+  EXPECT_EQ(ContentOf(socket_path_ + ".lock"), std::to_string(relay_->pid()));
   EXPECT_THAT(Links(), testing::UnorderedElementsAre("wpa_ctrl_1-1", "other", "wpa_ctrl_1",
                                                      "wpa_ctrl_x-1", "wpa_ctrl_7-7"));
   const Program another(socket_path_);
@@ -212,10 +215,12 @@ TEST_F(RelayService, TurnsAwayWhomThereIsNoRoomFor) {
   ExpectExchange(one, "STATUS", "OK\n");
   const Program four(socket_path_);
   ExpectExchange(four, "STATUS", "OK\n");
-  EXPECT_EQ(Stop().standard_error,
-            "kestrel-wifi-relay: " + ListeningLine() +
-                "kestrel-wifi-relay: turning programs away: 2 are connected\n"
-                "kestrel-wifi-relay: stopping\n");
+  const Program five(socket_path_);
+  EXPECT_TRUE(five.SeesTheEnd());
+  // Once each time that there is no room any more.
+  const std::string full = "kestrel-wifi-relay: turning programs away: 2 are connected\n";
+  EXPECT_EQ(Stop().standard_error, "kestrel-wifi-relay: " + ListeningLine() + full + full +
+                                       "kestrel-wifi-relay: stopping\n");
 }
 
 TEST_F(RelayService, ServesOthersWhereDescriptorsRunOut) {
@@ -309,6 +314,13 @@ TEST_F(RelayService, WorksWithItsStandardStreamsClosed) {
   EXPECT_EQ(Stop().standard_error, "");
 }
 
+TEST_F(RelayService, OutlivesWhoeverReadsWhatItSays) {
+  StartByShell("exec 9> >(:); wait $!; exec \"$@\" 2>&9 9>&-", {"-v"});
+  const Program program(socket_path_);
+  ExpectExchange(program, "STATUS", "OK\n");
+  EXPECT_EQ(Stop().status, 0);
+}
+
 class RelayArguments : public RelayProcess {
  protected:
   void ExpectUsageError(const Words& arguments, const std::string& line) const {
@@ -352,7 +364,8 @@ TEST_F(RelayArguments, HelpAndVersionArePrinted) {
   EXPECT_THAT(help.standard_output,
               AllOf(HasSubstr("PATH=/var/volatile/tmp/wlan0_request_socket\n"),
                     HasSubstr("PATH=/run/wpa_supplicant/wlan0\n"),
-                    HasSubstr("DIR=/run/kestrel-wifi-relay\n"), HasSubstr("Exit status: 0")));
+                    HasSubstr("DIR=/run/kestrel-wifi-relay\n"), HasSubstr(" OCTAL=0660 "),
+                    HasSubstr(" N=64 "), HasSubstr(" SECONDS=10 "), HasSubstr("Exit status: 0")));
   EXPECT_EQ(RunProgram({"sh", "-c", "exec \"$0\" --help >/dev/full", KESTREL_WIFI_RELAY}).status,
             1);
 }

@@ -117,6 +117,18 @@ TEST_F(RelaySupplicant, SilentOneFailsTheCommandInTimeAndNobodyElse) {
   EXPECT_THAT(Stop().standard_error, HasSubstr(" cannot be reached: it does not answer\n"));
 }
 
+TEST_F(RelaySupplicant, ReplyEndsTheWait) {
+  Start({"--timeout", "1"});
+  const Program program(socket_path_);
+  const Program other(socket_path_);
+  ExpectExchange(program, "STATUS", "1");
+  // Its time is up later than that of the command before.
+  other.Send("SCAN");
+  ASSERT_TRUE(supplicant_->Receive().has_value());
+  EXPECT_EQ(other.Receive(), "FAIL\n");
+  ExpectExchange(program, "STATUS", "2");
+}
+
 TEST_F(RelaySupplicant, LateReplyFindsNobody) {
   Start({"--timeout", "0.1"});
   const Program program(socket_path_);
