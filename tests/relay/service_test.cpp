@@ -314,6 +314,13 @@ TEST_F(RelayService, WorksWithItsStandardStreamsClosed) {
   EXPECT_EQ(Stop().standard_error, "");
 }
 
+TEST_F(RelayService, WritesItsLogIntoNoFileThatHasTheNumberOfAClosedStream) {
+  StartByShell("exec \"$@\" <&- 2>&-", {"-v"});
+  const Program program(socket_path_);
+  ExpectExchange(program, "STATUS", "OK\n");
+  EXPECT_EQ(ContentOf(socket_path_ + ".lock"), std::to_string(relay_->pid()));
+}
+
 TEST_F(RelayService, OutlivesWhoeverReadsWhatItSays) {
   StartByShell("exec 9> >(:); wait $!; exec \"$@\" 2>&9 9>&-", {"-v"});
   const Program program(socket_path_);
