@@ -52,9 +52,13 @@ void Relay::Accept() {
   board::UniqueFd connection(
       accept4(socket_.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
   if (connection.valid()) {
+    is_short_ = false;
     Admit(std::move(connection));
   } else if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
-    log_.Warning(std::string("a program cannot connect: ") + strerror(errno));
+    if (!is_short_) {
+      log_.Warning(std::string("a program cannot connect: ") + strerror(errno));
+    }
+    is_short_ = true;
     loop_.Unwatch(socket_.descriptor());
     accept_again_.Start(kPause, [this] { AwaitClients(); });
   }

@@ -37,6 +37,7 @@ class Relay {
   Supplicant supplicant_;
   board::Timer accept_again_;
   bool was_full_ = false;
+  bool is_short_ = false;  ///< of descriptors or memory for another program
   std::map<int, std::unique_ptr<Client>> clients_;
 };
 

@@ -73,7 +73,9 @@ void RemoveStaleSocket(const std::string& path) {
   if (connect(probe.get(), address.get(), UnixAddress::size()) == 0 || errno != ECONNREFUSED) {
     throw BoardError(path + ": another program listens there");
   }
-  unlink(path.c_str());
+  if (unlink(path.c_str()) != 0) {
+    ThrowErrno(path);
+  }
 }
 
 gid_t GroupNumber(const std::string& name) {

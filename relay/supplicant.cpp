@@ -3,13 +3,25 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 namespace kestrel::relay {
+namespace {
+
+/// What the link needs besides the supplicant is its folder.
+std::string WhyNoLink(const std::string& client_folder, int error) {
+  std::error_code unreadable;
+  return std::filesystem::is_directory(client_folder, unreadable)
+             ? strerror(error)
+             : "the folder " + client_folder + " is missing";
+}
+
+}  // namespace
 
 std::unique_ptr<SupplicantLink> Supplicant::Open() {
   std::unique_ptr<SupplicantLink> link = SupplicantLink::Open(path_, client_folder_);
   if (link == nullptr) {
-    NoteLoss(strerror(errno));
+    NoteLoss(WhyNoLink(client_folder_, errno));
   }
   return link;
 }

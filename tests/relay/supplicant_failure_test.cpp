@@ -39,6 +39,16 @@ TEST_F(RelaySupplicant, WithoutOneCommandsFailAndLaterTheyDoNot) {
                 " answers again\nkestrel-wifi-relay: stopping\n");
 }
 
+TEST_F(RelaySupplicant, IsNotBlamedForTheFolderThatIsMissing) {
+  Start(kNoTimeout);
+  std::filesystem::remove(client_folder_);
+  const Program program(socket_path_);
+  program.Send("STATUS");
+  EXPECT_EQ(program.Receive(), "FAIL\n");
+  EXPECT_THAT(Stop().standard_error,
+              HasSubstr(" cannot be reached: the folder " + client_folder_ + " is missing\n"));
+}
+
 TEST_F(RelaySupplicant, OneThatWasKilledLeavesASocketAtWhichCommandsFail) {
   supplicant_->Vanish();
   Start(kNoTimeout);
