@@ -45,7 +45,7 @@ constexpr char kWithoutConnection[] = "[Kestrel:WifiConfig] Error performing ope
 constexpr char kLostConnection[] = "[Kestrel:WifiConfig] Error performing operation: 32\n";
 constexpr char kNotConnected[] = "[Kestrel:WifiConfig] Error parsing network property: 4\n";
 
-/// Waits until `condition` holds; false when patience ends first. A scan of real radios takes four
+/// Waits until `condition` holds; false when patience ends first. A scan of real radios takes
 /// seconds and may miss an access point.
 template <typename Condition>
 bool Eventually(Condition condition) {
