@@ -32,10 +32,11 @@ TEST_F(RealSupplicant, NetworksAreAddedListedJoinedAndForgotten) {
   EXPECT_EQ(records[0].connected, 1);
   EXPECT_EQ(records[1].connected, 0);
 
-  EXPECT_EQ(z__WifiConfig_ForgetNetwork(&records[0]), 0);
+  EXPECT_EQ(z__WifiConfig_ForgetNetwork(records.data()), 0);
   EXPECT_THAT(Stored(), ElementsAre(StoredNetwork{"Cellar", WifiSecurity_Wpa2Psk, true}));
   EXPECT_THAT(SavedNetworks(), ElementsAre("ssid=\"Cellar\"\npsk=\"under the house\"\n"));
-  EXPECT_THAT(Observe([&] { return z__WifiConfig_ForgetNetwork(&records[0]); }), IsRefused(ENOENT));
+  EXPECT_THAT(Observe([&] { return z__WifiConfig_ForgetNetwork(records.data()); }),
+              IsRefused(ENOENT));
 
   EXPECT_EQ(WifiConfig_ForgetAllNetworks(), 0);
   EXPECT_THAT(Stored(), IsEmpty());

@@ -226,7 +226,7 @@ TEST_F(RelayService, TurnsAwayWhomThereIsNoRoomFor) {
 }
 
 TEST_F(RelayService, ServesOthersWhereDescriptorsRunOut) {
-  StartByShell("for n in {3..19}; do eval \"exec $n>&-\"; done; ulimit -n 9; exec \"$@\"");
+  StartByShell(R"(for n in {3..19}; do eval "exec $n>&-"; done; ulimit -n 9; exec "$@")");
   const Program one(socket_path_);
   ExpectExchange(one, "STATUS", "1");
   auto two = std::make_unique<Program>(socket_path_);
