@@ -109,8 +109,8 @@ TEST_F(WifiScript, ScriptsChangeWhileTheBoardRuns) {
   StartWithRules("[[rule]]\nreply = \"one\"\n");
   const WifiClient client(SocketPath());
   EXPECT_EQ(client.Ask("PING"), "one");
-  const std::string json = files_.Write("s.json", R"({"rule": [{"reply": "two", "count": 1}]})");
-  EXPECT_EQ(Board({"wifi", "--script", json}).status, 0);
+  const std::string as_json = files_.Write("s.json", R"({"rule": [{"reply": "two", "count": 1}]})");
+  EXPECT_EQ(Board({"wifi", "--script", as_json}).status, 0);
   EXPECT_EQ(Show().at("rules").at(0).at("used"), 0);
   EXPECT_EQ(client.Ask("PING"), "two");
   EXPECT_EQ(client.Ask("PING"), "PONG\n");
@@ -121,7 +121,7 @@ TEST_F(WifiScript, ScriptsChangeWhileTheBoardRuns) {
                                   {"delay", 0},
                                   {"used", 1},
                                   {"count", 1}}));
-  Board({"wifi", "--script", json});
+  Board({"wifi", "--script", as_json});
   EXPECT_EQ(Board({"wifi", "--script", "none"}).status, 0);
   EXPECT_EQ(client.Ask("PING"), "PONG\n");
 }

@@ -12,7 +12,7 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::Not;
 
-const std::string kListHeader = "SECURITY  ENABLED  CONNECTED  NAME\n";
+const std::string kStoredListHeader = "SECURITY  ENABLED  CONNECTED  NAME\n";
 const std::string kBadPassphrase =
     "kestrelctl: a passphrase has 8 to 63 printable ASCII characters\n";
 
@@ -27,11 +27,11 @@ class KestrelctlWifi : public testing::Test {
 };
 
 TEST_F(KestrelctlWifi, AddsAnOpenNetworkToWhichTheDeviceConnects) {
-  EXPECT_THAT(board_.Run({"list"}), Ends(0, kListHeader, ""));
+  EXPECT_THAT(board_.Run({"list"}), Ends(0, kStoredListHeader, ""));
   EXPECT_THAT(board_.Run({"add", "Kestrel Guest"}), Ends(0, "added \"Kestrel Guest\", open\n", ""));
   ASSERT_TRUE(board_.WaitForState("COMPLETED"));
   EXPECT_THAT(board_.Run({"list"}),
-              Ends(0, kListHeader + "open      yes      yes        \"Kestrel Guest\"\n", ""));
+              Ends(0, kStoredListHeader + "open      yes      yes        \"Kestrel Guest\"\n", ""));
   EXPECT_THAT(board_.Run({"current"}), Ends(0,
                                             "name       \"Kestrel Guest\"\n"
                                             "security   open\n"
@@ -64,7 +64,7 @@ TEST_F(KestrelctlWifi, NeverConnectsWithAWrongPassphrase) {
   // The daemon has tried, and does so no more.
   ASSERT_TRUE(board_.WaitForState("DISCONNECTED"));
   EXPECT_THAT(board_.Run({"list"}),
-              Ends(0, kListHeader + "wpa2      no       no         \"Kestrel Lab\"\n", ""));
+              Ends(0, kStoredListHeader + "wpa2      no       no         \"Kestrel Lab\"\n", ""));
   EXPECT_THAT(board_.Run({"current"}), Ends(1, "not connected\n", ""));
 }
 
@@ -123,7 +123,7 @@ TEST_F(KestrelctlWifi, TakesNamesAsTextAndInHexadecimal) {
   EXPECT_THAT(board_.Run({"add", std::string(32, '~')}).status, 0);
   EXPECT_THAT(board_.Run({"forget", "--hex", "7e7e"}).status, 1);
   EXPECT_EQ(board_.Run({"list"}).standard_output,
-            kListHeader + "open      yes      no         \"" + std::string(32, '~') + "\"\n");
+            kStoredListHeader + "open      yes      no         \"" + std::string(32, '~') + "\"\n");
 }
 
 TEST_F(KestrelctlWifi, PrintsJson) {
@@ -162,7 +162,7 @@ TEST_F(KestrelctlWifi, ForgetsTheNetworkOfThatNameAlone) {
               Ends(1, "",
                    "kestrelctl: \"two\": ENOENT: No such file or directory (no network of that "
                    "name is stored)\n"));
-  EXPECT_EQ(board_.Run({"list"}).standard_output, kListHeader +
+  EXPECT_EQ(board_.Run({"list"}).standard_output, kStoredListHeader +
                                                       "open      yes      no         \"one\"\n"
                                                       "open      yes      no         \"three\"\n");
 }
@@ -172,7 +172,7 @@ TEST_F(KestrelctlWifi, ForgetsAllNetworks) {
   EXPECT_EQ(board_.Run({"add", "one"}).status, 0);
   EXPECT_EQ(board_.Run({"add", "two"}).status, 0);
   EXPECT_THAT(board_.Run({"forget", "--all", "--yes"}), Ends(0, "forgot 2 networks\n", ""));
-  EXPECT_THAT(board_.Run({"list"}), Ends(0, kListHeader, ""));
+  EXPECT_THAT(board_.Run({"list"}), Ends(0, kStoredListHeader, ""));
 }
 
 TEST_F(KestrelctlWifi, ChoosesAmongNetworksOfOneNameByTheirSecurity) {
