@@ -1,17 +1,60 @@
 # SPDX-License-Identifier: Apache-2.0
 include(GoogleTest)
 
-# kestrel_add_test(NAME SOURCES file… [LIBRARIES target…] [LABEL label] [PREFIX text]
+# Which test programs a build has: those of the named labels, and
+#   optimised  those whose outcome depends on what the compiler's optimisation does
+#   threads    those in which several threads run
+# The others can be built by their names, and are not run. CONTRIBUTING.md has the table of what runs in
+# which build, and why.
+set(KESTREL_TESTS "abi;board;device;install;relay;tools;unit" CACHE STRING
+  "Which tests are built and run: labels, optimised, threads")
+
+# Builds them all.
+add_custom_target(kestrel_tests)
+
+# kestrel_wants_test(RESULT LABEL OPTIMISED SOURCE…)
+function(kestrel_wants_test result label optimised)
+  set(kinds ${label})
+  if(optimised)
+    list(APPEND kinds optimised)
+  endif()
+  if("threads" IN_LIST KESTREL_TESTS)
+    foreach(source IN LISTS ARGN)
+      if(source MATCHES "^\\$<")
+        continue()
+      endif()
+      cmake_path(ABSOLUTE_PATH source NORMALIZE)
+      set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
+      # Whoever only sleeps includes <thread> as well.
+      file(STRINGS "${source}" starts_threads LIMIT_COUNT 1
+        REGEX "std::thread[ >(]|std::async|pthread_create|OnEightThreads")
+      if(starts_threads)
+        list(APPEND kinds threads)
+      endif()
+    endforeach()
+  endif()
+  set(${result} NO PARENT_SCOPE)
+  foreach(kind IN LISTS kinds)
+    if(kind IN_LIST KESTREL_TESTS)
+      set(${result} YES PARENT_SCOPE)
+    endif()
+  endforeach()
+endfunction()
+
+# kestrel_add_test(NAME SOURCES file… LABEL label [LIBRARIES target…] [OPTIMISED] [PREFIX text]
 #                  [ENVIRONMENT change] [LAUNCHER program]
 #                  [ON_BOARD [option…]])
 #
 # A GoogleTest program. Each of its tests becomes a ctest test with a process of its own, so that
-# every test meets the library's singletons as a fresh program would. PREFIX tells programs with
+# every test meets the library's singletons as a fresh program would. OPTIMISED says that the outcome
+# depends on what the compiler's optimisation does. PREFIX tells programs with
 # tests of the same names apart. ENVIRONMENT is a change as ctest's ENVIRONMENT_MODIFICATION has it,
-# for tests that start no programs. LAUNCHER is given the program with its arguments to run. With ON_BOARD the program runs on a virtual board of its own,
-# started with the given options of `kestrel-board run`.
+# for tests that start no programs. LAUNCHER is given the program with its arguments to run. With
+# ON_BOARD the program runs on a virtual board of its own, started with the given options of
+# `kestrel-board run`.
 function(kestrel_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "ENVIRONMENT;LABEL;LAUNCHER;PREFIX" "SOURCES;LIBRARIES;ON_BOARD")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMISED" "ENVIRONMENT;LABEL;LAUNCHER;PREFIX"
+    "SOURCES;LIBRARIES;ON_BOARD")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE
     ${arg_LIBRARIES} kestrel_test_support GTest::gmock_main kestrel_warnings kestrel_sanitizers)
@@ -20,12 +63,22 @@ function(kestrel_add_test name)
   endif()
   if("ON_BOARD" IN_LIST ARGN)
     add_dependencies(${name} kestrel-board)
+    set(programs "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+    if(KESTREL_PROGRAMS_FROM)
+      set(programs "${KESTREL_PROGRAMS_FROM}/bin")
+    endif()
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR
-      "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kestrel-board;run;${arg_ON_BOARD};--")
+      "${programs}/kestrel-board;run;${arg_ON_BOARD};--")
   endif()
   if(arg_LAUNCHER)
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${arg_LAUNCHER}")
   endif()
+  kestrel_wants_test(wanted "${arg_LABEL}" "${arg_OPTIMISED}" ${arg_SOURCES})
+  if(NOT wanted)
+    set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
+    return()
+  endif()
+  add_dependencies(kestrel_tests ${name})
   # One change alone: gtest_discover_tests would take a second for the name of a property.
   set(environment "")
   if(arg_ENVIRONMENT)
