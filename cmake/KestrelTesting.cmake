@@ -9,7 +9,7 @@ include(GoogleTest)
 set(KESTREL_TESTS "abi;board;device;install;relay;tools;unit" CACHE STRING
   "Which tests are built and run: labels, optimised, threads")
 
-# Builds them all.
+# Builds them all; kestrel_tests_LABEL builds those of a label.
 add_custom_target(kestrel_tests)
 
 # kestrel_wants_test(RESULT LABEL OPTIMISED SOURCE…)
@@ -79,6 +79,10 @@ function(kestrel_add_test name)
     return()
   endif()
   add_dependencies(kestrel_tests ${name})
+  if(NOT TARGET kestrel_tests_${arg_LABEL})
+    add_custom_target(kestrel_tests_${arg_LABEL})
+  endif()
+  add_dependencies(kestrel_tests_${arg_LABEL} ${name})
   # One change alone: gtest_discover_tests would take a second for the name of a property.
   set(environment "")
   if(arg_ENVIRONMENT)
