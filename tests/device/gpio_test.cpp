@@ -31,7 +31,7 @@ GpioLevel ReadLevel(int fd) {
   return level;
 }
 
-std::string NameOf(GpioLevel level) { return level == GpioLevel_High ? "high" : "low"; }
+std::string TextOf(GpioLevel level) { return level == GpioLevel_High ? "high" : "low"; }
 
 MATCHER_P2(IsOutput, level, drive, "") {
   return arg.level == level && arg.direction == "output" && arg.drive == drive;
@@ -52,7 +52,7 @@ TEST(DeviceGpio, OutputIsSeenOutsideAndReadBack) {
   const int line = GPIO_OpenAsOutput(4, GpioDriveMode_PushPull, GpioLevel_Low);
   for (const GpioLevel level : {GpioLevel_High, GpioLevel_Low, GpioLevel_High}) {
     EXPECT_THAT(Observe([&] { return GPIO_SetValue(line, level); }), Returns(0));
-    EXPECT_EQ(TheRig().LookAtLine(4).level, NameOf(level));
+    EXPECT_EQ(TheRig().LookAtLine(4).level, TextOf(level));
     EXPECT_EQ(ReadLevel(line), level);
   }
   close(line);
@@ -72,7 +72,7 @@ TEST(DeviceGpio, InputFollowsTheOutsideWorld) {
   for (const GpioLevel level : {GpioLevel_High, GpioLevel_Low, GpioLevel_High, GpioLevel_Low}) {
     TheRig().DriveLine(7, level);
     EXPECT_EQ(ReadLevel(line), level);
-    EXPECT_THAT(TheRig().LookAtLine(7), IsInput(NameOf(level)));
+    EXPECT_THAT(TheRig().LookAtLine(7), IsInput(TextOf(level)));
   }
   close(line);
 }
@@ -143,7 +143,7 @@ TEST_P(DeviceGpioOpenOutput, IsNotMovedWhileItDrives) {
   for (const GpioLevel level : {GpioLevel_Low, GpioLevel_High, GpioLevel_Low}) {
     TheRig().DriveLine(8, level);
     EXPECT_EQ(ReadLevel(line), GetParam().driven);
-    EXPECT_THAT(TheRig().LookAtLine(8), IsOutput(NameOf(GetParam().driven), GetParam().drive));
+    EXPECT_THAT(TheRig().LookAtLine(8), IsOutput(TextOf(GetParam().driven), GetParam().drive));
   }
   close(line);
 }
@@ -152,9 +152,9 @@ TEST_P(DeviceGpioOpenOutput, IsReleasedAndDrivenAgain) {
   const int line = GPIO_OpenAsOutput(8, GetParam().mode, GetParam().driven);
   TheRig().DriveLine(8, GetParam().released);
   EXPECT_EQ(GPIO_SetValue(line, GetParam().released), 0);
-  EXPECT_EQ(TheRig().LookAtLine(8).level, NameOf(GetParam().released));
+  EXPECT_EQ(TheRig().LookAtLine(8).level, TextOf(GetParam().released));
   EXPECT_EQ(GPIO_SetValue(line, GetParam().driven), 0);
-  EXPECT_EQ(TheRig().LookAtLine(8).level, NameOf(GetParam().driven));
+  EXPECT_EQ(TheRig().LookAtLine(8).level, TextOf(GetParam().driven));
   EXPECT_EQ(ReadLevel(line), GetParam().driven);
   close(line);
 }

@@ -239,28 +239,29 @@ TEST_F(KestrelctlUart, IsNotHeldUpByAReceiverThatHasStopped) {
                                     "bytes\n"));
 }
 
-struct Fault {
+struct UartFault {
   std::string fault;
   std::string answer;
 };
 
-void PrintTo(const Fault& fault, std::ostream* stream) { *stream << fault.fault; }
+void PrintTo(const UartFault& fault, std::ostream* stream) { *stream << fault.fault; }
 
-class KestrelctlUartFaults : public testing::TestWithParam<Fault> {};
+class KestrelctlUartFaults : public testing::TestWithParam<UartFault> {};
 
 INSTANTIATE_TEST_SUITE_P(
     Every, KestrelctlUartFaults,
     testing::Values(
-        Fault{"open:/dev/ttyS0=EACCES",
-              "EACCES: Permission denied (this user may not open the port)"},
-        Fault{"open:/dev/ttyS0=ENXIO",
-              "ENXIO: No such device or address (there is no hardware behind the port)"},
-        Fault{"tcsetattr:/dev/ttyS0=EINVAL",
-              "EIO: Input/output error (there is no hardware behind the port, or its driver fails; "
-              "--verbose shows which step failed)"},
-        Fault{"tcgetattr:/dev/ttyS0=ENOTTY",
-              "ENOTTY: Inappropriate ioctl for device (the device is no serial port)"},
-        Fault{"open:/dev/ttyS0=EMFILE", "EMFILE: Too many open files"}));
+        UartFault{"open:/dev/ttyS0=EACCES",
+                  "EACCES: Permission denied (this user may not open the port)"},
+        UartFault{"open:/dev/ttyS0=ENXIO",
+                  "ENXIO: No such device or address (there is no hardware behind the port)"},
+        UartFault{
+            "tcsetattr:/dev/ttyS0=EINVAL",
+            "EIO: Input/output error (there is no hardware behind the port, or its driver fails; "
+            "--verbose shows which step failed)"},
+        UartFault{"tcgetattr:/dev/ttyS0=ENOTTY",
+                  "ENOTTY: Inappropriate ioctl for device (the device is no serial port)"},
+        UartFault{"open:/dev/ttyS0=EMFILE", "EMFILE: Too many open files"}));
 
 TEST_P(KestrelctlUartFaults, AreAnsweredInOneLine) {
   EXPECT_THAT(Kestrelctl({"uart", "0", "--receive"}, {GetParam().fault}),
