@@ -2,7 +2,10 @@
 // What runs the stages of a check, with stages of the test's own.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -20,13 +23,15 @@ using testing::Not;
 
 class Stages : public testing::Test {
  protected:
-  /// Runs the given stages; `script` is what each does, with its name in $2.
-  ProgramResult Check(const std::string& stages, const std::string& script) const {
+  /// Runs the given stages; `script` is what each does, with its name in $2. The shell does
+  /// `before` in front of the command.
+  ProgramResult Check(const std::string& stages, const std::string& script,
+                      const std::string& before = "") const {
     const std::filesystem::path program = directory_.Write("dev", "#!/bin/sh\n" + script + "\n");
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    return kestrel::test::RunProgram(
-        {"sh", "-c",
-         "cd '" + directory_.path() + "' && " KESTREL_SOURCE_DIR "/scripts/check " + stages});
+    return kestrel::test::RunProgram({"sh", "-c",
+                                      "cd '" + directory_.path() + "' && " + before +
+                                          KESTREL_SOURCE_DIR "/scripts/check " + stages});
   }
 
   kestrel::test::TemporaryDirectory directory_;
@@ -73,6 +78,28 @@ TEST_F(Stages, WaitForThoseThatBuildWhatTheyUse) {
   };
   EXPECT_GT(time_of("size"), time_of("arm"));
   EXPECT_GT(time_of("machine"), time_of("arm"));
+}
+
+TEST_F(Stages, ThatAreKilledHaveFailed) {
+  const ProgramResult result = Check("format test", "[ $2 = test ] || kill -KILL $PPID");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.standard_output,
+              AllOf(ContainsRegex("\nformat +FAILED +0 "), ContainsRegex("\ntest +passed ")));
+}
+
+TEST_F(Stages, EndWithTheCheck) {
+  const ProgramResult result =
+      Check("format", "echo $$ >process; kill -TERM $(cat check); exec sleep 60",
+            "echo $$ >check; exec ");
+  EXPECT_EQ(result.status, 143);
+  pid_t stage = 0;
+  std::ifstream(directory_.path() + "/process") >> stage;
+  ASSERT_GT(stage, 0);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (kill(stage, 0) == 0 && std::chrono::steady_clock::now() < deadline) {
+    usleep(1000);
+  }
+  EXPECT_EQ(kill(stage, 0), -1);
 }
 
 TEST_F(Stages, RunOnceAtATimeInACheckout) {
