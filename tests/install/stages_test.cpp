@@ -54,7 +54,8 @@ TEST_F(Stages, ThatFailAreShownWholeAndFailTheCheckAfterTheOthers) {
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.standard_output,
               AllOf(HasSubstr("1\n2\n3\n"), HasSubstr("100\nlost\n"),
-                    ContainsRegex("== Stage format FAILED after [0-9]+ s; all that it said: "
+                    ContainsRegex("== Stage format FAILED after [0-9]+ s, with [0-9]+ s of a "
+                                  "processor; all that it said: "
                                   "build/check/format.log\n"),
                     ContainsRegex("\nformat +FAILED "), ContainsRegex("\nsize +passed "),
                     HasSubstr("\nstages: 2 passed, 1 failed\n")));
@@ -85,6 +86,20 @@ TEST_F(Stages, ThatAreKilledHaveFailed) {
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.standard_output,
               AllOf(ContainsRegex("\nformat +FAILED +0 "), ContainsRegex("\ntest +passed ")));
+}
+
+TEST_F(Stages, WhoseProgramIsKilledHaveFailed) {
+  const ProgramResult result = Check("format test", "[ $2 = test ] || kill -KILL $$");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.standard_output,
+              AllOf(ContainsRegex("\nformat +FAILED +0 "), ContainsRegex("\ntest +passed "),
+                    HasSubstr("\nstages: 1 passed, 1 failed\n")));
+}
+
+TEST_F(Stages, AreNamedOnce) {
+  const ProgramResult result = Check("format test format", "exit 0");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.standard_error, "check: a stage is named twice\n");
 }
 
 TEST_F(Stages, EndWithTheCheck) {

@@ -39,7 +39,7 @@ class SystemEastl : public testing::Test {
          "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_BUILD_RELAY=OFF", "-DKESTREL_BUILD_TOOLS=OFF",
          "-DKESTREL_BUILD_EXAMPLES=OFF", std::string("-DCMAKE_CXX_COMPILER=") + CXX_COMPILER,
          std::string("-DCMAKE_C_COMPILER=") + C_COMPILER,
-         "-DCMAKE_BUILD_TYPE=" KESTREL_BUILD_TYPE});
+         std::string("-DCMAKE_BUILD_TYPE=") + KESTREL_BUILD_TYPE});
     ASSERT_EQ(configured.status, 0) << configured.standard_error;
     EXPECT_THAT(configured.standard_output, testing::HasSubstr("Containers: the system's EASTL"));
     TakeOtherObjects();
