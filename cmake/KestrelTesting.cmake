@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 include(GoogleTest)
 
-# Which test programs a build has: those of the named labels, and
+# Which test programs a build has: those of the named labels (waits among them), and
 #   optimised  those whose outcome depends on what the compiler's optimisation does
 #   threads    those in which several threads run
 # The others can be built by their names, and are not run. CONTRIBUTING.md has the table of what runs in
