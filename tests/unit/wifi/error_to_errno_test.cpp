@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <ostream>
 #include <string>
 
 #include "core/kestrel_category.h"
@@ -20,6 +21,8 @@ struct Translation {
   int error;
   bool is_printed;
 };
+
+void PrintTo(const Translation& translation, std::ostream* stream) { *stream << translation.value; }
 
 class Translations : public testing::TestWithParam<Translation> {
  protected:

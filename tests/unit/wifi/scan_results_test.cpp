@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifi/scan_results.h"
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -67,6 +68,8 @@ struct Flags {
   const char* text;
   int security;
 };
+
+void PrintTo(const Flags& flags, std::ostream* stream) { *stream << flags.text; }
 
 class ScanFlags : public testing::TestWithParam<Flags> {};
 

@@ -2,6 +2,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -290,6 +291,8 @@ struct Line {
   uint32_t frequency_mhz;
   int signal_dbm;
 };
+
+void PrintTo(const Line& line, std::ostream* stream) { *stream << line.name; }
 
 class ScannedNumbers : public ScannedRecords, public testing::WithParamInterface<Line> {};
 

@@ -2,6 +2,7 @@
 // What callers see when the connection fails in the middle of a function.
 #include <cerrno>
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <utility>
 
@@ -45,6 +46,8 @@ struct Function {
   int (*call)();
   Text text;
 };
+
+void PrintTo(const Function& function, std::ostream* stream) { *stream << function.name; }
 
 constexpr Function kFunctions[] = {
     {"Scan", WifiConfig_TriggerScanAndGetScannedNetworkCount, AfterScan},
