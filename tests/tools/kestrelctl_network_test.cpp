@@ -68,15 +68,9 @@ TEST(KestrelctlNetwork, WaitsUntilReadyAlsoWhenThereIsNoFileAtFirst) {
   for (const std::string before : {"down", "absent"}) {
     const SharedBoard board;
     board.Board({"network", before});
-    // Counts the questions.
-    board.Board({"fault", "open:/var/run/network_status=ENOENT@1000000"});
+    board.Count("open:/var/run/network_status");
     BackgroundProgram waiting(board.Exec({KESTRELCTL, "network", "--wait", "600"}));
-    const auto questions = [&board]() -> int {
-      return json::parse(board.Board({"fault", "--json"})).at("faults").at(0).at("calls");
-    };
-    const auto deadline = Clock::now() + std::chrono::seconds(20);
-    while (questions() < 3 && Clock::now() < deadline) {
-    }
+    board.WaitForCalls(3);
     board.Board({"network", "ready"});
     EXPECT_THAT(waiting.Wait(), Ends(0, "ready\n", "")) << before;
   }

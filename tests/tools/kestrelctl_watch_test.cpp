@@ -31,20 +31,6 @@ class KestrelctlWatch : public testing::Test {
     return BackgroundProgram(board_.Exec(command));
   }
 
-  /// From here on, the board counts the readings of levels.
-  void CountReadings() { board_.Board({"fault", kReading + "=EIO@1000000"}); }
-
-  int Readings() const {
-    return json::parse(board_.Board({"fault", "--json"})).at("faults").at(0).at("calls");
-  }
-
-  void WaitForReadings(int count) const {
-    const auto deadline = Clock::now() + std::chrono::seconds(20);
-    while (Readings() < count && Clock::now() < deadline) {
-    }
-    EXPECT_GE(Readings(), count);
-  }
-
   SharedBoard board_;
 };
 
@@ -65,8 +51,8 @@ TEST_F(KestrelctlWatch, IsSilentWhileNothingChanges) {
     board_.Drive(3, level);
     BackgroundProgram watch = Start({"3"});
     ASSERT_TRUE(watch.WaitForOutput("3=" + level + "\n"));
-    CountReadings();
-    WaitForReadings(12);
+    board_.Count(kReading);
+    board_.WaitForCalls(12);
     watch.Signal(SIGINT);
     EXPECT_EQ(WithoutTimes(watch.Wait().standard_output), "TIME 3=" + level + "\n");
     board_.Board({"fault", "--clear"});
@@ -74,10 +60,10 @@ TEST_F(KestrelctlWatch, IsSilentWhileNothingChanges) {
 }
 
 TEST_F(KestrelctlWatch, ReadsOnceAnInterval) {
-  CountReadings();
+  board_.Count(kReading);
   const auto start = Clock::now();
   const BackgroundProgram watch = Start({"3", "--interval", "300"});
-  WaitForReadings(4);
+  board_.WaitForCalls(4);
   EXPECT_GE(Clock::now() - start, 3 * std::chrono::milliseconds(300));
 }
 

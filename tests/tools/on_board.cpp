@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <thread>
+
 namespace kestrel::test {
 namespace {
 
@@ -62,6 +66,22 @@ Words SharedBoard::Exec(const Words& program) const {
 
 ProgramResult SharedBoard::Kestrelctl(const Words& arguments) const {
   return RunProgram(Exec(KestrelctlCommand(arguments)));
+}
+
+void SharedBoard::Count(const std::string& call) const {
+  // A fault that is too far away to come.
+  Board({"fault", call + "=EIO@1000000"});
+}
+
+void SharedBoard::WaitForCalls(int count) const {
+  const auto calls = [this]() -> int {
+    return nlohmann::json::parse(Board({"fault", "--json"})).at("faults").at(0).at("calls");
+  };
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (calls() < count && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  EXPECT_GE(calls(), count);
 }
 
 void SharedBoard::Drive(int line, const std::string& level) const {

@@ -57,6 +57,12 @@ class SharedBoard {
   Words Exec(const Words& program) const;
   ProgramResult Kestrelctl(const Words& arguments) const;
 
+  /// Counts `call`, named as `kestrel-board fault` does, from here on.
+  void Count(const std::string& call) const;
+
+  /// Waits until the counted call was made `count` times, and expects that to come true.
+  void WaitForCalls(int count) const;
+
   /// Drives a line from outside, or tells its level.
   void Drive(int line, const std::string& level) const;
   std::string LevelOf(int line) const;
