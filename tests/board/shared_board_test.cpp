@@ -80,7 +80,10 @@ TEST_F(SharedBoard, ManyDescriptorsMoreThanTheBoardCanHaveDoNoHarm) {
   started_.emplace_back("bench");
   const std::string open_many =
       "for i in $(seq 3 60); do eval \"exec $i</dev/gpiochip0\" 2>/dev/null || exit 5; done";
-  EXPECT_EQ(Board({"exec", "bench", "bash", "-c", open_many}).status, 5);
+  // Whoever is turned away leaves room to turn the next one away.
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(Board({"exec", "bench", "bash", "-c", open_many}).status, 5);
+  }
   EXPECT_EQ(Board({"exec", "bench", kProbe}).standard_output, "level 1\n");
 }
 #endif
@@ -169,6 +172,7 @@ TEST_F(SharedBoard, DrivingAnOutputSaysWhoWins) {
   EXPECT_EQ(result.standard_output, "high\n");
   EXPECT_EQ(result.standard_error,
             "kestrel-board: line 4 stays high: it is an output that a program drives\n");
+  EXPECT_EQ(Board({"line", "4", "release"}).standard_error, "");
 }
 
 TEST_F(SharedBoard, ShowTellsTheStateOfEveryLineInUse) {

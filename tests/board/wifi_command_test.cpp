@@ -113,18 +113,18 @@ TEST_F(WifiCommands, AccessPointsAreConfigured) {
 TEST_F(WifiCommands, AccessPointsAreAddedAndRemoved) {
   Start("bench");
   EXPECT_EQ(
-      Board({"wifi", "add", "x", "--security", "open", "--bssid", "02:00:00:00:00:09", "--hidden"})
+      Board({"wifi", "add", "x", "--security", "open", "--bssid", "02:00:00:00:00:0a", "--hidden"})
           .status,
       0);
   EXPECT_EQ(Show().at("access_points").at(2).at("hidden"), true);
-  ExpectUsageError({"wifi", "add", "y", "--bssid", "02:00:00:00:00:09"},
-                   "there is an access point with address 02:00:00:00:00:09 already");
+  ExpectUsageError({"wifi", "add", "y", "--bssid", "02:00:00:00:00:0A"},
+                   "there is an access point with address 02:00:00:00:00:0a already");
   ExpectUsageError({"wifi", "add", "y", "--security", "open", "--passphrase", "12345678"},
                    "with security open there is no passphrase");
   ExpectUsageError({"wifi", "add", "y", "--channel", "15"},
                    "there is no channel 15 (known: 1 to 14, and 32 to 177 at 5 GHz)");
   ExpectUsageError({"wifi", "add", std::string(33, 'y')}, "a name has at most 32 bytes");
-  EXPECT_EQ(Board({"wifi", "remove", "02:00:00:00:00:09"}).status, 0);
+  EXPECT_EQ(Board({"wifi", "remove", "02:00:00:00:00:0A"}).status, 0);
   EXPECT_EQ(Show().at("access_points").size(), 2U);
   ExpectUsageError({"wifi", "signal", "x", "-3"}, "there is no access point 'x'");
 }
