@@ -186,6 +186,21 @@ TEST(GpioDescriptor, RunningOutOfDescriptorsIsEmfileAndLeaksNone) {
   EXPECT_GE(RequestLine(chip, 0, GPIOHANDLE_REQUEST_INPUT), 0);
 }
 
+TEST(GpioDescriptor, OpeningWithoutADescriptorIsEmfile) {
+  const auto before = OpenDescriptors();
+  rlimit old{};
+  getrlimit(RLIMIT_NOFILE, &old);
+  const rlimit tight{static_cast<rlim_t>(*before.rbegin()) + 1, old.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &tight);
+  // Those below the limit that are free.
+  while (fcntl(STDIN_FILENO, F_DUPFD, 0) >= 0) {
+  }
+  const int chip = OpenChipDevice();
+  setrlimit(RLIMIT_NOFILE, &old);
+  EXPECT_EQ(chip, -EMFILE);
+  EXPECT_GE(OpenChipDevice(), 0);
+}
+
 TEST(GpioDescriptor, GarbageWrittenToADescriptorDoesNotHarmTheBoard) {
   const int chip = OpenChipDevice();
   EXPECT_EQ(write(chip, "garbage", 7), 7);

@@ -182,6 +182,12 @@ TEST_F(RelayService, DoesNotWriteIntoFilesThatWereMadeToLookLikeItsLock) {
   EXPECT_EQ(ContentOf(victim), "precious");
 }
 
+TEST_F(RelayService, LogsInOneLineWhatHasSeveral) {
+  const ProgramResult result =
+      RunProgram(CommandLine({"--group", "of\ntwo lines"}), {{"JOURNAL_STREAM", ""}});
+  EXPECT_EQ(result.standard_error, "kestrel-wifi-relay: there is no group 'of two lines'\n");
+}
+
 TEST_F(RelayService, TellsWhyItCannotServe) {
   const std::string missing = In("missing");
   const ProgramResult no_folder =

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 namespace kestrel::test {
 
@@ -24,8 +25,15 @@ bool UartBoard::WaitUntilOpen(int port) const {
     if (ports.at(static_cast<size_t>(port)).at("open").get<bool>()) {
       return true;
     }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   return false;
+}
+
+Words UartBoard::HoldOpen(int port) const {
+  // Its standard input is both ends of a pipe, and so never ends.
+  return Exec(
+      {"bash", "-c", "exec \"$0\" uart \"$1\" --send - <> <(:)", KESTRELCTL, std::to_string(port)});
 }
 
 void UartBoard::Send(int port, const std::string& text) const {

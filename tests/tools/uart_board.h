@@ -17,6 +17,8 @@ class UartBoard : public SharedBoard {
   Words Uart(const Words& arguments) const;
   /// Waits until a program has the port open, for what comes to a closed port is lost.
   bool WaitUntilOpen(int port) const;
+  /// The command of a program that has the port open and takes nothing from it, until it is killed.
+  Words HoldOpen(int port) const;
   /// Sends a text over a port, which must succeed.
   void Send(int port, const std::string& text) const;
 };
