@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // How the relay starts, whom it lets in, what it says, and how it ends.
+#include <poll.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -132,6 +137,15 @@ TEST_F(RelayService, TwoSocketsHaveARelayEach) {
   second.Signal(SIGTERM);
   EXPECT_EQ(second.Wait().status, 0);
   AwaitState("STOPPING=1");
+}
+
+TEST_F(RelayService, MakesAFolderOfLinksThatTheSupplicantCanReach) {
+  umask(0022);
+  const BackgroundProgram second({KESTREL_WIFI_RELAY, "--socket", In("second"), "--supplicant",
+                                  supplicant_path_, "--client-dir", In("links")},
+                                 {{"NOTIFY_SOCKET", In("notify")}, {"JOURNAL_STREAM", ""}});
+  AwaitState("READY=1");
+  EXPECT_EQ(fs::status(In("links")).permissions(), fs::perms(0755));
 }
 
 TEST_F(RelayService, TakesThePlaceOfOneThatWasKilled) {
@@ -310,6 +324,25 @@ TEST_F(RelayService, TellsTheJournalOfFailures) {
 TEST_F(RelayService, ErrorsThatDoNotGoToTheJournalAreForPeople) {
   Start({}, {{"JOURNAL_STREAM", "1:1"}});
   EXPECT_THAT(Stop().standard_error, StartsWith("kestrel-wifi-relay: listening at "));
+}
+
+TEST_F(RelayService, TellsAServiceManagerWhoseSocketIsNoFile) {
+  const std::string name = In("no file");
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  name.copy(address.sun_path + 1, sizeof address.sun_path - 1);
+  const size_t size = offsetof(sockaddr_un, sun_path) + 1 + name.size();
+  const int manager = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(
+      bind(manager, reinterpret_cast<const sockaddr*>(&address), static_cast<socklen_t>(size)), 0);
+  const BackgroundProgram relay(CommandLine(),
+                                {{"NOTIFY_SOCKET", "@" + name}, {"JOURNAL_STREAM", ""}});
+  pollfd told{manager, POLLIN, 0};
+  ASSERT_EQ(poll(&told, 1, 20000), 1);
+  std::array<char, 64> text{};
+  EXPECT_EQ(read(manager, text.data(), text.size()), 7);
+  EXPECT_STREQ(text.data(), "READY=1");
+  close(manager);
 }
 
 TEST_F(RelayService, NeedsNoServiceManager) {

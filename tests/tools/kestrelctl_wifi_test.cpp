@@ -167,6 +167,22 @@ TEST_F(KestrelctlWifi, ForgetsTheNetworkOfThatNameAlone) {
                                                       "open      yes      no         \"three\"\n");
 }
 
+TEST_F(KestrelctlWifi, DoesNotTakeTheBeginningOfAnOverlongNameForTheName) {
+  const std::string name(32, 'n');
+  board_.Script(
+      Rule("LIST_NETWORKS", R"(network id / ssid / bssid / flags\n0\t)" + name + R"(x\tany\t\n)") +
+      Rule("GET_NETWORK 0 ssid", R"(\")" + name + R"(x\")") +
+      Rule("GET_NETWORK 0 key_mgmt", "NONE") + Rule("*_NETWORK ?", "OK\\n"));
+  EXPECT_EQ(board_.Run({"list"}).standard_output,
+            kStoredListHeader + "open      yes      no         \"" + name + "\"...\n");
+  EXPECT_THAT(board_.Run({"forget", name}),
+              Ends(1, "",
+                   "kestrelctl: \"" + name +
+                       "\": ENOENT: No such file or directory (no network of that name is "
+                       "stored)\n"));
+  EXPECT_THAT(board_.Commands(), Not(HasSubstr("REMOVE_NETWORK")));
+}
+
 TEST_F(KestrelctlWifi, ForgetsAllNetworks) {
   EXPECT_THAT(board_.Run({"forget", "--all", "--yes"}), Ends(0, "forgot 0 networks\n", ""));
   EXPECT_EQ(board_.Run({"add", "one"}).status, 0);
