@@ -33,7 +33,7 @@ bool UartBoard::WaitUntilOpen(int port) const {
 Words UartBoard::HoldOpen(int port) const {
   // Its standard input is both ends of a pipe, and so never ends.
   return Exec(
-      {"bash", "-c", "exec \"$0\" uart \"$1\" --send - <> <(:)", KESTRELCTL, std::to_string(port)});
+      {"bash", "-c", R"(exec "$0" uart "$1" --send - <> <(:))", KESTRELCTL, std::to_string(port)});
 }
 
 void UartBoard::Send(int port, const std::string& text) const {
