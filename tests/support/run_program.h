@@ -37,7 +37,7 @@ class BackgroundProgram {
 
   /// Reads standard output until it contains `text`; false when it ends or `limit` passes first.
   bool WaitForOutput(const std::string& text,
-                     std::chrono::milliseconds limit = std::chrono::minutes(1));
+                     std::chrono::milliseconds limit = std::chrono::seconds(20));
   void Signal(int number) const;
 
   /// Waits for the end of the program.

@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kLimit(60);
+constexpr std::chrono::seconds kLimit(20);
 
 /// Starts a program in a session of its own. The terminal that it opens first becomes that of the
 /// session.

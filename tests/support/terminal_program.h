@@ -25,7 +25,7 @@ class TerminalProgram {
   /// Takes the terminal away, as the end of a remote session does.
   void HangUp();
 
-  /// Waits until the screen has shown `text`; false when a minute passes first.
+  /// Waits until the screen has shown `text`; false when 20 seconds pass first.
   bool WaitForScreen(const std::string& text);
   /// Likewise for something that a regular expression matches.
   bool WaitForMatch(const std::string& pattern);

@@ -122,6 +122,7 @@ TEST_F(KestrelctlUartTerminal, EndsWhenItsTerminalGoes) {
 
 TEST_F(KestrelctlUartTerminal, TellsHowFarALongFileHasCome) {
   const BackgroundProgram other(board_.HoldOpen(1));
+  ASSERT_TRUE(board_.WaitUntilOpen(1));
   const TemporaryDirectory files;
   const std::string file = files.Write("f", std::string(5000000, 'x'));
   TerminalProgram program(board_.Uart({"0", "--send", file}));

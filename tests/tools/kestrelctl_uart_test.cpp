@@ -215,6 +215,7 @@ TEST_F(KestrelctlUart, FailsWhenNobodyReadsItsOutput) {
 
 TEST_F(KestrelctlUart, IsNotHeldUpByAReceiverThatHasStopped) {
   const BackgroundProgram other(board_.HoldOpen(1));
+  ASSERT_TRUE(board_.WaitUntilOpen(1));
   std::string text;
   while (text.size() < 5000000) {
     text += LongText();
