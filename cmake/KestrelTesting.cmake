@@ -1,5 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
+include(CheckLinkerFlag)
 include(GoogleTest)
+
+# After a line of the library, two dozen programs are linked anew: gold needs half of ld's time. It is
+# part of binutils, or a package beside it.
+if(CMAKE_BUILD_TYPE STREQUAL Debug AND NOT CMAKE_CROSSCOMPILING)
+  check_linker_flag(CXX -fuse-ld=gold KESTREL_HAS_GOLD)
+endif()
 
 # Which test programs a build has: those of the named labels (waits among them), and
 #   optimised  those whose outcome depends on what the compiler's optimisation does
@@ -60,6 +67,13 @@ function(kestrel_add_test name)
     ${arg_LIBRARIES} kestrel_test_support GTest::gmock_main kestrel_warnings kestrel_sanitizers)
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     target_link_options(${name} PRIVATE -fno-lto)
+  endif()
+  if(KESTREL_HAS_GOLD)
+    target_link_options(${name} PRIVATE -fuse-ld=gold)
+  endif()
+  # A board loads what it plays with into the programs on it, and that needs the shared C++ library.
+  if(NOT "ON_BOARD" IN_LIST ARGN AND NOT "Kestrel::kestrel" IN_LIST ARGN)
+    target_link_libraries(${name} PRIVATE kestrel_quick_start)
   endif()
   if("ON_BOARD" IN_LIST ARGN)
     add_dependencies(${name} kestrel-board)

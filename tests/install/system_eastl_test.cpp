@@ -11,7 +11,6 @@
 #include "abi/promised_names.h"
 #include "install/eastl_prefix.h"
 #include "support/run_program.h"
-#include "support/temporary_directory.h"
 
 namespace {
 
@@ -35,12 +34,13 @@ const Sources kWithEastdc = {"core/decimal_message.cpp", "core/eastl_support.cpp
 constexpr char kObjects[] = "src/CMakeFiles/kestrel_objects.dir";
 
 /// Builds the library alone, as somebody with EASTL installed would. Its headers are those of
-/// libs/eastl-std here, so nearly all of its objects are those that the build of the tests has.
+/// libs/eastl-std here, so nearly all of its objects are those that the build of the tests has; the
+/// others ccache knows, where it is used, by paths from the temporary folder.
 class SystemEastl : public testing::Test {
  protected:
   void Build(const std::string& where_eastl_is, const Sources& sources) const {
     const ProgramResult configured = RunProgram(
-        {CMAKE_PROGRAM, "-G", "Ninja", "-S", KESTREL_SOURCE_DIR, "-B", build_.path(),
+        {CMAKE_PROGRAM, "-G", "Ninja", "-S", KESTREL_SOURCE_DIR, "-B", build_,
          "-DKESTREL_EASTL=system", where_eastl_is, "-DKESTREL_BUILD_TESTS=OFF",
          "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_BUILD_RELAY=OFF", "-DKESTREL_BUILD_TOOLS=OFF",
          "-DKESTREL_BUILD_EXAMPLES=OFF", std::string("-DCMAKE_CXX_COMPILER=") + CXX_COMPILER,
@@ -55,20 +55,21 @@ class SystemEastl : public testing::Test {
 
   void TakeObjectsBut(const Sources& sources) const {
     for (const char* directory : {kObjects, "libs/libnwl/CMakeFiles/nwl_objects.dir"}) {
-      fs::copy(fs::path(KESTREL_BUILD_DIR) / directory, fs::path(build_.path()) / directory,
+      fs::copy(fs::path(KESTREL_BUILD_DIR) / directory, fs::path(build_) / directory,
                fs::copy_options::recursive | fs::copy_options::overwrite_existing);
     }
     for (const std::string& source : sources) {
-      fs::remove(fs::path(build_.path()) / kObjects / (source + ".o"));
+      fs::remove(fs::path(build_) / kObjects / (source + ".o"));
     }
   }
 
   void BuildSources(const Sources& sources) const {
-    std::vector<std::string> command = {CMAKE_PROGRAM, "--build", build_.path(), "--target"};
+    std::vector<std::string> command = {CMAKE_PROGRAM, "--build", build_, "--target"};
     for (const std::string& source : sources) {
       command.push_back(std::string(kObjects) + "/" + source + ".o");
     }
-    const ProgramResult built = RunProgram(command);
+    const ProgramResult built =
+        RunProgram(command, {{"CCACHE_BASEDIR", prefix_.parent()}, {"CCACHE_NOHASHDIR", "1"}});
     ASSERT_EQ(built.status, 0) << built.standard_output;
   }
 
@@ -76,20 +77,20 @@ class SystemEastl : public testing::Test {
   void Link() const {
     const ProgramResult linked =
         RunProgram({"sh", "-c",
-                    "cd '" + build_.path() +
+                    "cd '" + build_ +
                         "' && '" NINJA_PROGRAM "' -t commands lib/libkestrel.so |"
                         " grep -v ' -c ' | sh -e"});
     ASSERT_EQ(linked.status, 0) << linked.standard_error;
   }
 
   std::string SupportObject() const {
-    return build_.path() + "/" + kObjects + "/core/eastl_support.cpp.o";
+    return build_ + "/" + kObjects + "/core/eastl_support.cpp.o";
   }
 
   /// Runs a program against what the library adds.
   void ExpectUsableSupport(const std::vector<std::string>& archives,
                            const std::vector<std::string>& options = {}) const {
-    const std::string program = build_.path() + "/eastl_user";
+    const std::string program = build_ + "/eastl_user";
     std::vector<std::string> command = {
         CXX_COMPILER, "-std=c++17", "-I" + prefix_.path() + "/include",
         std::string(KESTREL_SOURCE_DIR) + "/tests/install/eastl_stub/eastl_user.cpp",
@@ -116,7 +117,7 @@ class SystemEastl : public testing::Test {
     return names;
   }
 
-  std::string Library() const { return build_.path() + "/lib/libkestrel.so.0"; }
+  std::string Library() const { return build_ + "/lib/libkestrel.so.0"; }
 
   void ExpectTheUsualExports() const {
     EXPECT_EQ(kestrel::test::Exports(Library()), kestrel::test::Exports(KESTREL_LIBRARY));
@@ -125,7 +126,7 @@ class SystemEastl : public testing::Test {
   }
 
   kestrel::test::EastlPrefix prefix_;
-  kestrel::test::TemporaryDirectory build_;
+  const std::string build_ = prefix_.parent() + "/build";
 };
 
 // The mangled names as far as all machines agree on them.
