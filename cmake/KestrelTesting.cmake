@@ -3,8 +3,8 @@ include(CheckLinkerFlag)
 include(GoogleTest)
 
 # After a line of the library, two dozen programs are linked anew: gold needs half of ld's time. It is
-# part of binutils, or a package beside it.
-if(CMAKE_BUILD_TYPE STREQUAL Debug AND NOT CMAKE_CROSSCOMPILING)
+# part of binutils, or a package beside it. It knows no -z undefs, which sanitizers need.
+if(CMAKE_BUILD_TYPE STREQUAL Debug AND NOT CMAKE_CROSSCOMPILING AND NOT KESTREL_SANITIZE)
   check_linker_flag(CXX -fuse-ld=gold KESTREL_HAS_GOLD)
 endif()
 
