@@ -48,12 +48,13 @@ function(kestrel_wants_test result label optimised)
   endforeach()
 endfunction()
 
-# kestrel_add_test(NAME SOURCES file… LABEL label [LIBRARIES target…] [OPTIMISED] [PREFIX text]
-#                  [ENVIRONMENT change] [LAUNCHER program]
+# kestrel_add_test(NAME SOURCES file… LABEL label [FAMILIES folder…] [LIBRARIES target…] [OPTIMISED]
+#                  [PREFIX text] [ENVIRONMENT change] [LAUNCHER program]
 #                  [ON_BOARD [option…]])
 #
 # A GoogleTest program. Each of its tests becomes a ctest test with a process of its own, so that
-# every test meets the library's singletons as a fresh program would. OPTIMISED says that the outcome
+# every test meets the library's singletons as a fresh program would. FAMILIES links the objects of
+# these folders of src/, so that a change in another one leaves the program as it is. OPTIMISED says that the outcome
 # depends on what the compiler's optimisation does. PREFIX tells programs with
 # tests of the same names apart. ENVIRONMENT is a change as ctest's ENVIRONMENT_MODIFICATION has it,
 # for tests that start no programs. LAUNCHER is given the program with its arguments to run. With
@@ -61,8 +62,16 @@ endfunction()
 # `kestrel-board run`.
 function(kestrel_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMISED" "ENVIRONMENT;LABEL;LAUNCHER;PREFIX"
-    "SOURCES;LIBRARIES;ON_BOARD")
+    "FAMILIES;SOURCES;LIBRARIES;ON_BOARD")
   add_executable(${name} ${arg_SOURCES})
+  if(arg_FAMILIES)
+    list(JOIN arg_FAMILIES "|" families)
+    target_sources(${name} PRIVATE
+      "$<FILTER:$<TARGET_OBJECTS:kestrel_objects>,INCLUDE,/(${families})/[^/]+$>")
+    target_include_directories(${name} PRIVATE
+      $<TARGET_PROPERTY:kestrel_objects,INTERFACE_INCLUDE_DIRECTORIES>)
+    target_link_libraries(${name} PRIVATE nwl_objects kestrel_containers Threads::Threads)
+  endif()
   target_link_libraries(${name} PRIVATE
     ${arg_LIBRARIES} kestrel_test_support GTest::gmock_main kestrel_warnings kestrel_sanitizers)
   if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
