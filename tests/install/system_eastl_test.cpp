@@ -44,6 +44,7 @@ class SystemEastl : public testing::Test {
          "-DKESTREL_EASTL=system", where_eastl_is, "-DKESTREL_BUILD_TESTS=OFF",
          "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_BUILD_RELAY=OFF", "-DKESTREL_BUILD_TOOLS=OFF",
          "-DKESTREL_BUILD_EXAMPLES=OFF", std::string("-DCMAKE_CXX_COMPILER=") + CXX_COMPILER,
+         std::string("-DCMAKE_CXX_COMPILER_LAUNCHER=") + CXX_COMPILER_LAUNCHER,
          std::string("-DCMAKE_C_COMPILER=") + C_COMPILER,
          std::string("-DCMAKE_BUILD_TYPE=") + KESTREL_BUILD_TYPE, "-DCMAKE_CXX_FLAGS_DEBUG="});
     ASSERT_EQ(configured.status, 0) << configured.standard_error;

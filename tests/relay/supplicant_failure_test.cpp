@@ -151,7 +151,7 @@ TEST_F(RelaySupplicant, LateReplyFindsNobody) {
 }
 
 TEST_F(RelaySupplicant, EventsDoNotProlongTheWait) {
-  Start({"--timeout", "0.3"});
+  Start({"--timeout", "0.1"});
   const Program program(socket_path_);
   program.Send("SCAN");
   const std::optional<Command> scan = supplicant_->Receive();

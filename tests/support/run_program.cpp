@@ -12,8 +12,6 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "support/system_call_arguments.h"
-
 namespace kestrel::test {
 namespace {
 
@@ -29,21 +27,6 @@ struct Pipe {
   int Write() const { return ends[1]; }
   std::array<int, 2> ends{};
 };
-
-std::vector<std::string> Merged(const Environment& added) {
-  std::vector<std::string> merged;
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    const std::string text = *entry;
-    if (added.count(text.substr(0, text.find('='))) == 0) {
-      merged.push_back(text);
-    }
-  }
-  for (const auto& [name, value] : added) {
-    merged.push_back(name);
-    merged.back().append("=").append(value);
-  }
-  return merged;
-}
 
 /// Reads what is there; at the end of the stream closes `descriptor` and sets it to -1.
 void Drain(int& descriptor, std::string& text) {
@@ -74,9 +57,11 @@ BackgroundProgram::BackgroundProgram(const std::vector<std::string>& arguments,
   posix_spawn_file_actions_adddup2(&actions, output.Write(), STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, error.Write(), STDERR_FILENO);
   std::vector<std::string> argument_texts = arguments;
-  std::vector<std::string> environment_texts = Merged(environment);
+  Environment added = TakeAssignments(argument_texts);
+  added.insert(environment.begin(), environment.end());
+  std::vector<std::string> environment_texts = Merged(added);
   const int failure =
-      posix_spawnp(&pid_, arguments.at(0).c_str(), &actions, nullptr,
+      posix_spawnp(&pid_, argument_texts.at(0).c_str(), &actions, nullptr,
                    Pointers(argument_texts).data(), Pointers(environment_texts).data());
   posix_spawn_file_actions_destroy(&actions);
   close(output.Write());
@@ -84,7 +69,7 @@ BackgroundProgram::BackgroundProgram(const std::vector<std::string>& arguments,
   output_ = output.Read();
   error_ = error.Read();
   if (failure != 0) {
-    throw std::runtime_error(arguments.at(0) + ": " + strerror(failure));
+    throw std::runtime_error(argument_texts[0] + ": " + strerror(failure));
   }
 }
 

@@ -5,9 +5,10 @@
 #include <sys/types.h>
 
 #include <chrono>
-#include <map>
 #include <string>
 #include <vector>
+
+#include "support/system_call_arguments.h"
 
 namespace kestrel::test {
 
@@ -17,10 +18,8 @@ struct ProgramResult {
   std::string standard_error;
 };
 
-using Environment = std::map<std::string, std::string>;  ///< added to this process's environment
-
-/// Runs a program to its end, with nothing on its standard input. One that takes longer than a
-/// minute is killed.
+/// Runs a program to its end, with nothing on its standard input. Words NAME=VALUE before the
+/// program go to its environment. One that takes longer than a minute is killed.
 ProgramResult RunProgram(const std::vector<std::string>& arguments,
                          const Environment& environment = {});
 

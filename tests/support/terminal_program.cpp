@@ -34,9 +34,10 @@ pid_t StartOn(const std::string& terminal, std::vector<std::string> arguments) {
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+  std::vector<std::string> environment = Merged(TakeAssignments(arguments));
   pid_t pid = -1;
   const int failure = posix_spawnp(&pid, arguments.at(0).c_str(), &actions, &attributes,
-                                   Pointers(arguments).data(), environ);
+                                   Pointers(arguments).data(), Pointers(environment).data());
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);
   if (failure != 0) {

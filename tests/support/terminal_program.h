@@ -11,8 +11,8 @@
 
 namespace kestrel::test {
 
-/// A program whose three standard streams are a terminal, and the person in front of it. It is
-/// killed at the end of its scope.
+/// A program whose three standard streams are a terminal, and the person in front of it. Words
+/// NAME=VALUE before the program go to its environment. It is killed at the end of its scope.
 class TerminalProgram {
  public:
   explicit TerminalProgram(const std::vector<std::string>& arguments);

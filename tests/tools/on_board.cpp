@@ -34,7 +34,7 @@ testing::Matcher<const ProgramResult&> Ends(int status, const std::string& outpu
 BoardFolder::~BoardFolder() { EXPECT_TRUE(folder_.IsEmpty()) << "a board left something behind"; }
 
 Words BoardFolder::Board(const Words& arguments) const {
-  return Joined({"env", "KESTREL_BOARD_DIR=" + folder_.path(), KESTREL_BOARD}, arguments);
+  return Joined({"KESTREL_BOARD_DIR=" + folder_.path(), KESTREL_BOARD}, arguments);
 }
 
 ProgramResult RunOnBoard(const Words& program, const Words& faults) {
