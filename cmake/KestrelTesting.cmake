@@ -54,11 +54,11 @@ endfunction()
 #
 # A GoogleTest program. Each of its tests becomes a ctest test with a process of its own, so that
 # every test meets the library's singletons as a fresh program would. FAMILIES links the objects of
-# these folders of src/, so that a change in another one leaves the program as it is. OPTIMISED says that the outcome
-# depends on what the compiler's optimisation does. PREFIX tells programs with
-# tests of the same names apart. ENVIRONMENT is a change as ctest's ENVIRONMENT_MODIFICATION has it,
-# for tests that start no programs. LAUNCHER is given the program with its arguments to run. With
-# ON_BOARD the program runs on a virtual board of its own, started with the given options of
+# these folders of src/, so that a change in another one leaves the program as it is. OPTIMISED says
+# that the outcome depends on what the compiler's optimisation does. PREFIX tells programs with tests
+# of the same names apart. ENVIRONMENT is a change as ctest's ENVIRONMENT_MODIFICATION has it, for
+# tests that start no programs. LAUNCHER is given the program with its arguments to run. With ON_BOARD
+# the program runs on a virtual board of its own, started with the given options of
 # `kestrel-board run`.
 function(kestrel_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMISED" "ENVIRONMENT;LABEL;LAUNCHER;PREFIX"
