@@ -26,9 +26,11 @@ if(CMAKE_BUILD_TYPE STREQUAL Debug)
   add_compile_options(${KESTREL_BATCH_OPTIONS})
 endif()
 
+# Whether warnings are errors says CMAKE_COMPILE_WARNING_AS_ERROR. The presets of developers and of CI set
+# it; others have compilers of which nobody here knows the warnings.
 add_library(kestrel_warnings INTERFACE)
 target_compile_options(kestrel_warnings INTERFACE
-  -Wall -Wextra -Wshadow -Wconversion -Werror
+  -Wall -Wextra -Wshadow -Wconversion
   # C has no overloads, so g++ and gcc spell the same warning differently.
   $<$<COMPILE_LANGUAGE:CXX>:-Wmissing-declarations>
   $<$<COMPILE_LANGUAGE:C>:-Wmissing-prototypes>)
@@ -49,10 +51,11 @@ if(NOT KESTREL_SANITIZE)
   target_link_options(kestrel_quick_start INTERFACE -static-libstdc++)
 endif()
 
+include(KestrelHardening)
 add_library(kestrel_ship INTERFACE)
+target_link_libraries(kestrel_ship INTERFACE kestrel_hardened_code)
 target_compile_options(kestrel_ship INTERFACE
   -fvisibility=hidden -fvisibility-inlines-hidden
-  -fstack-protector-strong
   -ffunction-sections -fdata-sections
   # For packages of debug symbols, and to tell the types of the interface.
   -g
@@ -66,7 +69,7 @@ target_compile_options(kestrel_ship INTERFACE
   # A unique symbol would pin the library in memory for good, and dlclose must unload it.
   $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
 target_link_options(kestrel_ship INTERFACE
-  -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,defs -Wl,--as-needed -Wl,--gc-sections)
+  -Wl,-z,defs -Wl,--as-needed -Wl,--gc-sections)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
   # The device has pages of 4 KiB; some linkers leave room for larger ones.
   target_link_options(kestrel_ship INTERFACE -Wl,-z,max-page-size=4096)
