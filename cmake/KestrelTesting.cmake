@@ -34,7 +34,7 @@ function(kestrel_wants_test result label optimised)
       set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
       # Whoever only sleeps includes <thread> as well.
       file(STRINGS "${source}" starts_threads LIMIT_COUNT 1
-        REGEX "std::thread[ >(]|std::async|pthread_create|OnEightThreads")
+        REGEX "std::thread[ >(]|std::async|pthread_create|OnThreads\\(")
       if(starts_threads)
         list(APPEND kinds threads)
       endif()

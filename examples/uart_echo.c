@@ -47,6 +47,8 @@ static int Open(uint32_t uart) {
     return -1;
   }
   config.baudRate = 115200;
+  /* A port that does not take its settings leaves errno as it was. */
+  errno = 0;
   return z__UART_Open(uart, &config);
 }
 
@@ -107,6 +109,7 @@ int main(int argc, char** argv) {
   }
   const int port = Open(uart);
   if (port < 0) {
+    errno = errno != 0 ? errno : EIO;
     Failed("open the port");
     return EXIT_FAILURE;
   }

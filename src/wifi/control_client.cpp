@@ -43,7 +43,9 @@ ssize_t ReadReply(int fd, eastl::string* reply) {
   return read(fd, reply->data(), reply->size());
 }
 
-bool IsRefusal(const eastl::string& reply) { return strncmp(reply.c_str(), "FAIL", 4) == 0; }
+bool IsRefusal(const eastl::string& reply) {
+  return reply.size() >= 4 && memcmp(reply.data(), "FAIL", 4) == 0;
+}
 
 }  // namespace
 

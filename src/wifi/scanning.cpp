@@ -20,8 +20,9 @@ int WifiConfig_TriggerScanAndGetScannedNetworkCount(void) {
     fprintf(stderr, "[Kestrel:WifiConfig] Failure performing scan: %d\n", networks.error().value);
     return wifi::Fail(networks.error());
   }
-  context.scannedNetworks = eastl::make_shared<wifi::NetworkList>(std::move(networks).value());
-  return static_cast<int>(context.scannedNetworks->size());
+  const auto kept = eastl::make_shared<wifi::NetworkList>(std::move(networks).value());
+  eastl::atomic_store(&context.scannedNetworks, kept);
+  return static_cast<int>(kept->size());
 }
 
 int z__WifiConfig_GetScannedNetworks(WifiScannedNetworkRecord* networkArray,
@@ -33,14 +34,12 @@ int z__WifiConfig_GetScannedNetworks(WifiScannedNetworkRecord* networkArray,
   if (networkArrayCount == 0) {
     return Refuse(ERANGE);
   }
-  const eastl::shared_ptr<wifi::NetworkList> networks = context.scannedNetworks;
+  // Taken out whole, so that a scan is read once and no other thread has hold of what is read here.
+  // Callers count on it: whoever asks with the wrong version has used the scan up all the same.
+  const auto networks =
+      eastl::atomic_exchange(&context.scannedNetworks, eastl::make_shared<wifi::NetworkList>());
   if (structVersion != WifiConfig_StructVersion) {
-    // Callers count on it: whoever asks with the wrong version has used the scan up all the same.
-    networks->clear();
     return Refuse(EINVAL);
   }
-  const int filled =
-      wifi::FillRecords(*networks, networkArray, networkArrayCount, wifi::FillScannedRecord);
-  networks->clear();
-  return filled;
+  return wifi::FillRecords(*networks, networkArray, networkArrayCount, wifi::FillScannedRecord);
 }

@@ -36,7 +36,7 @@ int WifiConfig_GetStoredNetworkCount(void) {
   if (!networks.has_value()) {
     return wifi::Fail(networks.error());
   }
-  context.storedNetworks = networks.value();
+  eastl::atomic_store(&context.storedNetworks, networks.value());
   return static_cast<int>(networks.value()->size());
 }
 
@@ -49,7 +49,7 @@ int z__WifiConfig_GetStoredNetworks(WifiStoredNetworkRecord* records, size_t rec
   if (recordCount == 0) {
     return Refuse(ERANGE);
   }
-  const eastl::shared_ptr<wifi::NetworkList> networks = context.storedNetworks;
+  const auto networks = eastl::atomic_load(&context.storedNetworks);
   if (structVersion != WifiConfig_StructVersion) {
     return Refuse(EINVAL);
   }

@@ -23,8 +23,8 @@ bool IsPassphraseLength(size_t length) { return IsBetween(1, length, 64); }
 int Store(wifi::WifiContext& context, const uint8_t* ssid, size_t ssid_length, const char* psk,
           size_t psk_length) {
   wifi::Network network;
+  const wifi::WipePassphraseAtEnd wipe(network);
   const int refusal = wifi::PrepareNetwork(network, ssid, ssid_length, psk, psk_length);
-  const wifi::WipeAtEnd wipe(network.properties["psk"]);
   if (refusal != 0) {
     return Refuse(refusal);
   }

@@ -11,8 +11,9 @@
 
 namespace wifi {
 
-/// What all Wi-Fi functions of the process share. The lists are never null, and no lock guards
-/// their replacement: whoever reads one takes a reference of its own first.
+/// What all Wi-Fi functions of the process share. The lists are never null. Threads read, replace
+/// and take them with the atomic operations of shared pointers, and change no list that is kept
+/// here.
 struct WifiContext {
   /// Connects to the daemon. Memory that runs out here ends the process.
   WifiContext() noexcept;

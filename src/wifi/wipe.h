@@ -5,6 +5,8 @@
 #include <EASTL/string.h>
 #include <string.h>
 
+#include "wifi/network.h"
+
 namespace wifi {
 
 /// Overwrites a text when the scope ends, so that a passphrase does not outlive the call in freed
@@ -18,6 +20,23 @@ class WipeAtEnd {
 
  private:
   eastl::string& text_;
+};
+
+/// Overwrites the passphrase of a network that has one when the scope ends.
+class WipePassphraseAtEnd {
+ public:
+  explicit WipePassphraseAtEnd(Network& network) : network_(network) {}
+  ~WipePassphraseAtEnd() {
+    const auto psk = network_.properties.find("psk");
+    if (psk != network_.properties.end()) {
+      const WipeAtEnd wipe(psk->second);
+    }
+  }
+  WipePassphraseAtEnd(const WipePassphraseAtEnd&) = delete;
+  WipePassphraseAtEnd& operator=(const WipePassphraseAtEnd&) = delete;
+
+ private:
+  Network& network_;
 };
 
 }  // namespace wifi

@@ -3,13 +3,22 @@
 
 #include <dirent.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <string>
+#include <thread>
 
 namespace kestrel::test {
 
-std::set<int> OpenDescriptors() {
+namespace {
+
+constexpr char kOwnFolder[] = "/proc/self/fd";
+
+/// The descriptors that a folder of /proc lists, one of this function's own not among them.
+std::set<int> DescriptorsIn(const std::string& folder) {
   std::set<int> open;
-  DIR* directory = opendir("/proc/self/fd");
+  DIR* directory = opendir(folder.c_str());
   if (directory == nullptr) {
     abort();
   }
@@ -18,9 +27,25 @@ std::set<int> OpenDescriptors() {
       open.insert(atoi(entry->d_name));
     }
   }
-  open.erase(dirfd(directory));
+  const int own = dirfd(directory);
   closedir(directory);
+  if (folder == kOwnFolder) {
+    open.erase(own);
+  }
   return open;
+}
+
+}  // namespace
+
+std::set<int> OpenDescriptors() { return DescriptorsIn(kOwnFolder); }
+
+size_t DescriptorsBetweenCallsOf(pid_t process) {
+  size_t fewest = SIZE_MAX;
+  for (int sample = 0; sample < 50; ++sample) {
+    fewest = std::min(fewest, DescriptorsIn("/proc/" + std::to_string(process) + "/fd").size());
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return fewest;
 }
 
 }  // namespace kestrel::test

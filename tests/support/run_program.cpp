@@ -122,7 +122,13 @@ void BackgroundProgram::Collect(std::chrono::milliseconds limit) {
     output_ = error_ = -1;
   }
   int status = 0;
-  waitpid(pid_, &status, 0);
+  // One that has closed its streams may go on running.
+  while (waitpid(pid_, &status, WNOHANG) == 0) {
+    if (Clock::now() >= deadline) {
+      Signal(SIGKILL);
+    }
+    usleep(200);
+  }
   result_.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
   pid_ = -1;
 }

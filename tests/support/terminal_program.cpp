@@ -76,6 +76,8 @@ void TerminalProgram::Type(const std::string& keys) const {
 
 void TerminalProgram::Signal(int number) const { kill(pid_, number); }
 
+void TerminalProgram::SignalJob(int number) const { kill(-tcgetpgrp(person_), number); }
+
 void TerminalProgram::HangUp() {
   close(terminal_);
   close(person_);
@@ -114,6 +116,17 @@ bool TerminalProgram::WaitForMatch(const std::string& pattern) {
   return true;
 }
 
+bool TerminalProgram::WaitForModes(const termios& modes) const {
+  const Clock::time_point deadline = Clock::now() + kLimit;
+  while (!HaveSameModes(Settings(), modes)) {
+    if (Clock::now() > deadline) {
+      return false;
+    }
+    usleep(1000);
+  }
+  return true;
+}
+
 int TerminalProgram::Wait() {
   const Clock::time_point deadline = Clock::now() + kLimit;
   int status = 0;
@@ -136,6 +149,20 @@ termios TerminalProgram::Settings() const {
     throw std::runtime_error("the terminal does not tell its settings");
   }
   return settings;
+}
+
+std::vector<std::string> ShellThatContinues(const std::vector<std::string>& job) {
+  constexpr char kScript[] =
+      R"sh(before=$(stty -g)
+env "$@"
+test "$(stty -g)" = "$before" && echo stopped as it was || echo stopped otherwise
+stty "$before"
+read line
+echo "read '$line'"
+fg >/dev/null)sh";
+  std::vector<std::string> shell = {"sh", "-m", "-c", kScript, "sh"};
+  shell.insert(shell.end(), job.begin(), job.end());
+  return shell;
 }
 
 bool HaveSameModes(const termios& one, const termios& other) {

@@ -22,6 +22,8 @@ class TerminalProgram {
 
   void Type(const std::string& keys) const;
   void Signal(int number) const;
+  /// Sends a signal to the foreground job of a shell.
+  void SignalJob(int number) const;
   /// Takes the terminal away, as the end of a remote session does.
   void HangUp();
 
@@ -29,6 +31,8 @@ class TerminalProgram {
   bool WaitForScreen(const std::string& text);
   /// Likewise for something that a regular expression matches.
   bool WaitForMatch(const std::string& pattern);
+  /// Waits until the terminal has these modes; false when 20 seconds pass first.
+  bool WaitForModes(const termios& modes) const;
   /// Waits for the end of the program; its exit status, or 128 plus the signal that ended it.
   int Wait();
   /// All that has been shown so far.
@@ -47,6 +51,11 @@ class TerminalProgram {
   pid_t pid_ = -1;
   std::string screen_;
 };
+
+/// A shell with job control that starts `job`. When that has stopped it prints whether the terminal
+/// is "stopped as it was" or "stopped otherwise", resets the terminal as an interactive shell does,
+/// prints the next line of input, such as "read 'ls'", and continues the job.
+std::vector<std::string> ShellThatContinues(const std::vector<std::string>& job);
 
 /// What tells whether a terminal is raw, for comparisons.
 bool HaveSameModes(const termios& one, const termios& other);

@@ -5,9 +5,13 @@
  * where a function says nothing else, the following holds.
  *
  *  1. Calls are synchronous and run on the caller's thread. The library starts no threads,
- *     installs no signal handlers and never ends the process, except through a failed assertion:
- *     when one of its own mutexes cannot be locked or unlocked, or when a system call whose errno
- *     is to be passed on fails without one, which the kernel does not do.
+ *     installs no signal handlers and never ends the process, except
+ *     - through a failed assertion: when one of its own mutexes cannot be locked or unlocked, or
+ *       when a system call whose errno is to be passed on fails without one, which the kernel does
+ *       not do;
+ *     - when memory runs out in the process's first Wi-Fi call. Elsewhere memory that runs out
+ *       either fails the function as it documents, or leaves a Wi-Fi function as the C++ exception
+ *       std::bad_alloc, which ends a process that does not catch it.
  *  2. A function returns 0, or a descriptor, a count or a size where it says so, and -1 with
  *     `errno` set on failure. On success `errno` means nothing.
  *  3. Arguments are checked before any device is touched, in this order: null pointers (EFAULT),

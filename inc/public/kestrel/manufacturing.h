@@ -2,7 +2,8 @@
 /**
  * @file
  * Manufacturing: the identifier that the device's security processor was given when the device was
- * made. It never changes, and no two devices share one.
+ * made. The library passes on what the driver tells: whether the identifier stays the same for the
+ * life of the device, and whether no other device has it, is up to those who give it.
  *
  *     char id[129];
  *     if (Manufacturing_GetDeviceId(id, sizeof id) < 0) return errno;

@@ -11,8 +11,9 @@
  *     if (z__UART_InitConfig(&config, UART_CONFIG_VERSION) != 0) return errno;
  *     config.baudRate = 9600;
  *     config.flowControl = UartFlowControl_RtsCts;
+ *     errno = 0;
  *     int port = z__UART_Open(0, &config);
- *     if (port < 0) return errno;
+ *     if (port < 0) return errno != 0 ? errno : EIO;
  *     write(port, "hello\r\n", 7);
  *     close(port);
  *
@@ -21,8 +22,20 @@
  * driver tells them apart; the receiver is on and modem status lines are ignored; the last close
  * hangs up. A read returns at once with what
  * is there, and fails with EAGAIN, or returns 0, when nothing is. Of the terminal's settings the
- * library leaves these as the driver had them: IMAXBEL, OCRNL, ECHOKE, FLUSHO and the line
- * discipline.
+ * library leaves these as the driver had them: IMAXBEL, OCRNL, the output delays (NLDLY, CRDLY,
+ * TABDLY, BSDLY, VTDLY, FFDLY), CMSPAR, ECHOKE, FLUSHO, EXTPROC, the line discipline and the
+ * control characters after VEOL2.
+ *
+ * A framing that the record cannot ask for is set on the open port with termios. This makes it 8E1;
+ * characters of another parity are dropped then. `tcsetattr` succeeds when it could do part of what
+ * is asked, so look at what `tcgetattr` says afterwards:
+ *
+ *     struct termios settings;
+ *     if (tcgetattr(port, &settings) != 0) return errno;
+ *     settings.c_iflag |= INPCK;
+ *     settings.c_cflag &= ~(tcflag_t)(PARODD | CMSPAR);
+ *     settings.c_cflag |= PARENB;
+ *     if (tcsetattr(port, TCSANOW, &settings) != 0) return errno;
  */
 #ifndef KESTREL_UART_H
 #define KESTREL_UART_H
@@ -130,11 +143,12 @@ KESTREL_API int z__UART_InitConfig(UartConfigRecord* config, uint32_t structVers
  *     "[Kestrel:UART] Unable to set device to non-blocking: TEXT (NUMBER)."
  *     "[Kestrel:UART] Unable to set attributes of device: TEXT (NUMBER)."
  *     "[Kestrel:UART] Unable to confirm attributes of device: TEXT (NUMBER)."
- *   - whatever errno was before, 0 included: ten times the driver reported other settings than it
- *     was given. Prints "[Kestrel:UART] Could not set the attributes of the device."
- *   If closing the device fails after one of the last two, prints "[Kestrel:UART] Error closing
- *   device: TEXT (NUMBER)." as well, and errno is that of the close, unless the first error becomes
- *   EIO.
+ *   - whatever errno was before the call, 0 included: ten times the driver reported other settings
+ *     than it was given. EPERM, EFAULT, ENODEV and EINVAL from before become EIO here as well. Set
+ *     errno to 0 before the call: -1 with errno 0 is then this failure. Prints "[Kestrel:UART]
+ * Could not set the attributes of the device." If closing the device fails after one of the last
+ * two, prints "[Kestrel:UART] Error closing device: TEXT (NUMBER)." as well, and errno is that of
+ * the close, unless the first error becomes EIO.
  */
 KESTREL_API int z__UART_Open(uint32_t uartId, const UartConfigRecord* config);
 

@@ -16,18 +16,36 @@
  *  2. Time. An exchange returns as soon as the daemon answers. After 30 seconds without an answer
  *     it fails, and the connection is closed. Each function says how many exchanges it makes;
  *     without a connection they fail at once.
- *  3. A daemon that has gone fails the call and nothing else: no SIGPIPE reaches the application,
- *     whose handlers, signal mask and pending signals stay as they are.
- *  4. Threads. Any number of threads may call any of the functions at once, and each gets the
- *     replies to its own commands; but the two kept lists, that of
+ *  3. A daemon that goes away. A command that can no longer be sent fails the call with EIO, and no
+ *     SIGPIPE reaches the application, whose handlers, signal mask and pending signals stay as they
+ *     are. A daemon that takes a command and closes the connection before it answers has given an
+ *     empty reply, which is no error. When that happens in the last exchange of a call, the call
+ *     succeeds: a network is stored or forgotten but perhaps not saved, and a scan returns 0 and
+ *     leaves an empty list. Every later exchange fails, so a WifiConfig_GetStoredNetworkCount()
+ *     that succeeds afterwards tells that the daemon was there.
+ *  4. Signals. A signal that the application catches during an exchange ends it with EINTR, also
+ *     when its handler was installed with SA_RESTART; so does being stopped and continued (SIGSTOP
+ *     or SIGTSTP, and SIGCONT). The call fails with EIO (printed with 4), and the connection is
+ *     closed for the life of the process. Block signals around the calls where handlers are
+ *     installed:
+ *
+ *         sigset_t all, previous;
+ *         sigfillset(&all);
+ *         pthread_sigmask(SIG_SETMASK, &all, &previous);
+ *         int count = WifiConfig_GetStoredNetworkCount();
+ *         pthread_sigmask(SIG_SETMASK, &previous, NULL);
+ *
+ *  5. Threads. Any number of threads may call any of the functions at once, and each gets the
+ *     replies to its own commands. There are two kept lists, that of
  *     WifiConfig_TriggerScanAndGetScannedNetworkCount() with z__WifiConfig_GetScannedNetworks() and
- *     that of WifiConfig_GetStoredNetworkCount() with z__WifiConfig_GetStoredNetworks(), are
- *     replaced without a lock. Let one thread at a time call the two functions of a list. Functions
- *     of several exchanges are not atomic either: two threads (or programs) that add or forget at
- *     once meet each other's work half done.
- *  5. Fork. A child shares the socket with its parent and would take its replies: only one of them
+ *     that of WifiConfig_GetStoredNetworkCount() with z__WifiConfig_GetStoredNetworks(). Each is
+ *     replaced, read and emptied as a whole, so records never mix two lists; but between the two
+ *     calls of a list another thread may replace it, or take the networks of a scan. Functions of
+ *     several exchanges are not atomic either: two threads (or programs) that add or forget at once
+ *     meet each other's work half done.
+ *  6. Fork. A child shares the socket with its parent and would take its replies: only one of them
  *     may go on calling these functions.
- *  6. Errors of the daemon and the connection. Where a function says "daemon errors", these are:
+ *  7. Errors of the daemon and the connection. Where a function says "daemon errors", these are:
  *     - EINVAL: the daemon refused a command with a reply that begins with "FAIL". Prints nothing
  *       of its own.
  *     - EIO: there is no connection, or it failed, or a reply could not be understood. Prints
@@ -37,27 +55,29 @@
  *     Errors of the socket are translated by their number alone, so a few arrive under another
  *     name: EPERM as ENODEV (printed with 1), ESRCH, EIO and ENXIO as EINVAL, EBADF as EEXIST, and
  *     EACCES as EPERM (none of them printed).
- *  7. Names. A name (SSID) has up to 32 bytes of any value, but what the daemon reports is its own
+ *  8. Names. A name (SSID) has up to 32 bytes of any value, but what the daemon reports is its own
  *     text for it. Scans and the current network give `\"`, `\\`, `\n`, `\t`, `\e` and `\xHH` for
  *     quotes, backslashes and what is not printable, so 32 bytes can be 128 characters. Stored
  *     networks with bytes that are not printable give hexadecimal digits without the first and the
  *     last one, up to 62 characters.
- *  8. Names longer than 32 characters overrun `ssid`. The text is copied as long as it is: over the
+ *  9. Names longer than 32 characters overrun `ssid`. The text is copied as long as it is: over the
  *     fields that follow, which are written afterwards, over the next record, and over what lies
- *     behind the array. `ssidLength` is its length modulo 256. Leave 80 unused bytes behind the
+ *     behind the array. `ssidLength` is its length modulo 256, so a text of 257 to 288 characters
+ *     looks like a good name of 1 to 32. Leave 80 unused bytes behind the
  *     last record of an array and behind a current network, and do not trust a record whose
  *     `ssidLength` exceeds 32. That covers the daemon's texts for 32 bytes; a daemon that sends
  *     longer ones overruns by up to 2010 bytes. A library built with KESTREL_BOUND_SSID_COPY needs
- *     no slack: it ends the copy where the array ends, and `ssidLength` is then the number of bytes
- *     that were copied.
- *  9. Passphrases are handed to the daemon and then wiped from the library's memory. They are in no
+ *     no slack: it ends the copy where the array ends. Its `ssidLength` is the number of bytes that
+ *     were copied, modulo 256 as well.
+ * 10. Passphrases are handed to the daemon and then wiped from the library's memory. They are in no
  *     message.
- * 10. Long replies. Of a reply the library reads 2048 bytes. What a daemon sends beyond them is
+ * 11. Long replies. Of a reply the library reads 2048 bytes. What a daemon sends beyond them is
  *     lost: some 30 to 40 networks of a scan and 40 to 80 stored ones fit, and the last of them may
  *     be cut short.
- * 11. Memory that runs out in the process's first Wi-Fi call ends the process; later, it leaves a
- *     function as the C++ exception std::bad_alloc.
- * 12. Records are those of version 1: pass WifiConfig_StructVersion.
+ * 12. Memory that runs out in the process's first Wi-Fi call ends the process; later, it leaves a
+ *     function as the C++ exception std::bad_alloc. What z__WifiConfig_GetScannedNetworks() has not
+ *     copied by then is lost.
+ * 13. Records are those of version 1: pass WifiConfig_StructVersion.
  */
 #ifndef KESTREL_WIFICONFIG_H
 #define KESTREL_WIFICONFIG_H
@@ -141,7 +161,7 @@ KESTREL_API int WifiConfig_TriggerScanAndGetScannedNetworkCount(void);
  * network that lacks a property. Slots that receive no network get `recordTag` 0 and may hold
  * parts of a network that was left out.
  *
- * @param networkArray      array of the caller's, with slack behind it (see 8. above)
+ * @param networkArray      array of the caller's, with slack behind it (see 9. above)
  * @param networkArrayCount its number of records
  * @param structVersion     WifiConfig_StructVersion
  * @return the number of records filled, from the first on; or -1 with errno set, without a message:
@@ -172,7 +192,7 @@ KESTREL_API int WifiConfig_GetStoredNetworkCount(void);
  * network whose name the daemon refused to tell has the name "NONE". Slots that receive no network
  * get `recordTag` 0.
  *
- * @param records       array of the caller's, with slack behind it (see 8. above)
+ * @param records       array of the caller's, with slack behind it (see 9. above)
  * @param recordCount   its number of records
  * @param structVersion WifiConfig_StructVersion
  * @return the number of records filled, from the first on; or -1 with errno set, without a message:
@@ -231,7 +251,7 @@ KESTREL_API int WifiConfig_StoreOpenNetwork(const uint8_t* ssid, size_t ssidLeng
  *
  * One exchange.
  *
- * @param connectedNetwork receives the network, with slack behind it (see 8. above). After a
+ * @param connectedNetwork receives the network, with slack behind it (see 9. above). After a
  *   failure its `recordTag` is 0x09EF0000 and the other fields may be written, unless an argument
  *   was refused: then it is untouched.
  * @param structVersion    WifiConfig_StructVersion

@@ -73,7 +73,8 @@ class LongNames : public WifiTest, public testing::WithParamInterface<size_t> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Lengths, LongNames,
-                         testing::Values(32, 33, 36, 47, 48, 49, 100, 128, 255, 256, 300, 900));
+                         testing::Values(32, 33, 36, 47, 48, 49, 100, 128, 255, 256, 257, 288, 300,
+                                         900));
 
 TEST_P(LongNames, RunOnOverTheFieldsThatAreWrittenAfterwards) {
   Memory<WifiScannedNetworkRecord> memory(1, GetParam());
@@ -146,6 +147,13 @@ TEST_P(LongNames, OfTheCurrentNetworkRunOnToo) {
     const char expected = i < copied ? name_[i] : static_cast<char>(kBefore);
     ASSERT_EQ(bytes[i], expected) << i;
   }
+}
+
+TEST_P(LongNames, HaveALengthModulo256WithAndWithoutABound) {
+  Memory<WifiScannedNetworkRecord> memory(20, GetParam());
+  KeepScanned(1);
+  ASSERT_EQ(z__WifiConfig_GetScannedNetworks(memory.records(), 20, 1), 1);
+  EXPECT_EQ(memory.records()->ssidLength, GetParam() % 256);
 }
 
 class LongestNames : public WifiTest {

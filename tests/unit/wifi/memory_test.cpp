@@ -98,6 +98,30 @@ TEST(ListingOfTenNetworks, TakesTwentyTwoExchangesAndEightAllocationsANetwork) {
   EXPECT_EQ(daemon.Received(), daemon.expected());
 }
 
+/// The whole conversation about an open network that is stored as the first.
+Script StoringOf(const std::string& name) {
+  return {{"LIST_NETWORKS", "network id / ssid / bssid / flags\n"},
+          {"STATUS", "wpa_state=INACTIVE\naddress=02:00:00:00:01:00\n"},
+          {"ADD_NETWORK", "0\n"},
+          {"SET_NETWORK 0 ssid \"" + name + '"', "OK\n"},
+          {"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
+          {"ENABLE_NETWORK 0", "OK\n"},
+          {"SAVE_CONFIG", "OK\n"}};
+}
+
+TEST(StoringAnOpenNetwork, AllocatesNothingForAPassphrase) {
+  ScriptedDaemon daemon;
+  daemon.Expect(StoringOf("Home"));
+  ConnectTo(daemon);
+  const auto store = [] {
+    const uint8_t ssid[] = {'H', 'o', 'm', 'e'};
+    EXPECT_EQ(WifiConfig_StoreOpenNetwork(ssid, sizeof ssid), 0);
+  };
+  // Seven are the replies' buffers, the others the name's property, lists and longer commands.
+  EXPECT_LE(AllocationsOf(store), 7 + 18);
+  EXPECT_EQ(daemon.Received(), daemon.expected());
+}
+
 /// Builds a context with memory for so many allocations. Ends the process: by its terminate handler
 /// with what the context left allocated, or normally.
 [[noreturn]] void BuildWithMemoryFor(int allocations) {

@@ -217,5 +217,25 @@ TEST_F(DepartedDaemon, DyingBeforeItsReplyGivesAnEmptyOne) {
   EXPECT_TRUE(reply.value().empty());
 }
 
+TEST_F(DepartedDaemon, DyingBeforeItSavesLooksLikeSuccess) {
+  Expect({{"LIST_NETWORKS", "header\n"},
+          {"STATUS", "wpa_state=INACTIVE\naddress=02:00:00:00:01:00\n"},
+          {"ADD_NETWORK", "0\n"},
+          {"SET_NETWORK 0 ssid \"Home\"", "OK\n"},
+          {"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
+          {"ENABLE_NETWORK 0", "OK\n"}});
+  daemon_.ExpectAndDie("SAVE_CONFIG");
+  const uint8_t ssid[] = {'H', 'o', 'm', 'e'};
+  EXPECT_THAT(Observe([&] { return WifiConfig_StoreOpenNetwork(ssid, sizeof ssid); }), Returns(0));
+}
+
+TEST_F(DepartedDaemon, DyingBeforeItsScanResultsLosesTheKeptScan) {
+  context_.scannedNetworks->resize(1);
+  Expect({{"SCAN", "OK\n"}});
+  daemon_.ExpectAndDie("SCAN_RESULTS");
+  EXPECT_THAT(Observe(WifiConfig_TriggerScanAndGetScannedNetworkCount), Returns(0));
+  EXPECT_TRUE(context_.scannedNetworks->empty());
+}
+
 }  // namespace
 }  // namespace kestrel::test

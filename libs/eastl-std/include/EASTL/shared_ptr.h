@@ -6,6 +6,9 @@
 
 namespace eastl {
 
+using std::atomic_exchange;
+using std::atomic_load;
+using std::atomic_store;
 using std::make_shared;
 using std::shared_ptr;
 
