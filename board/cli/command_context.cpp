@@ -14,11 +14,46 @@
 #include "host/text.h"
 #include "host/unique_fd.h"
 #include "protocol/exchange.h"
+#include "protocol/text_file.h"
 
 namespace kestrel::board {
 namespace {
 
 using nlohmann::json;
+
+[[noreturn]] void ThrowBoardError(const std::string& board, int error) {
+  throw BoardError("board '" + board + "': " + strerror(error));
+}
+
+/// Gives the board a text that is too long for a message, before the request to which it belongs.
+void SendAsFile(int connection, const std::string& board, const std::string& text) {
+  const UniqueFd file = wire::MakeTextFile(text);
+  if (!file.valid()) {
+    const std::string reason = strerror(errno);
+    throw BoardError("a request of " + std::to_string(text.size()) +
+                     " bytes cannot be sent to the board: " + reason);
+  }
+  const int error = wire::SendFile(connection, wire::Operation::kText, file.get());
+  if (error != 0) {
+    ThrowBoardError(board, error);
+  }
+}
+
+/// The text of an answer, and the descriptor that came along if that is not the text's.
+std::string TextOf(const std::string& board, const wire::Reply& reply, const std::string& buffer,
+                   UniqueFd* descriptor) {
+  if (reply.header.outcome != wire::Outcome::kText) {
+    return buffer.substr(0, reply.header.size);
+  }
+  const UniqueFd file = std::move(*descriptor);
+  std::string text;
+  errno = EMFILE;  // what has lost the file on its way
+  if (!file.valid() || !wire::ReadTextFile(file.get(), &text)) {
+    const std::string reason = strerror(errno);
+    throw BoardError("the answer of board '" + board + "' cannot be read: " + reason);
+  }
+  return text;
+}
 
 /// One request to the board at `socket_path`. Throws BoardError. With `attached`, it is a request
 /// for a descriptor.
@@ -28,23 +63,23 @@ json Exchange(const std::string& socket_path, const std::string& board, const js
   if (!connection.valid()) {
     throw BoardError("no board named '" + board + "' is running (see kestrel-board list)");
   }
-  const std::string text = ToText(request);
+  std::string text = ToText(request);
   if (text.size() > wire::kPayloadLimit) {
-    throw UsageError("that is more than a board takes at once");
+    SendAsFile(connection.get(), board, text);
+    text.clear();
   }
-  std::string answer(wire::kPayloadLimit, '\0');
+  std::string buffer(wire::kPayloadLimit, '\0');
   wire::Reply reply;
-  reply.data = answer.data();
-  reply.capacity = answer.size();
+  reply.data = buffer.data();
+  reply.capacity = buffer.size();
   const auto operation = attached == nullptr ? wire::Operation::kControl : wire::Operation::kAttach;
   const int error = wire::Exchange(
       connection.get(), {operation, 0, text.data(), static_cast<uint32_t>(text.size())}, &reply);
   UniqueFd descriptor(reply.descriptor);
   if (error != 0) {
-    throw BoardError("board '" + board + "': " + strerror(error));
+    ThrowBoardError(board, error);
   }
-  answer.resize(reply.header.size);
-  const json parsed = json::parse(answer);
+  const json parsed = json::parse(TextOf(board, reply, buffer, &descriptor));
   if (parsed.contains("error")) {
     throw BoardError(parsed.at("error").get<std::string>(), parsed.at("status").get<int>());
   }

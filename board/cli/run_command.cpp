@@ -12,6 +12,7 @@
 #include "cli/board_options.h"
 #include "cli/commands.h"
 #include "cli/program_arguments.h"
+#include "devices/device.h"
 #include "host/board_directory.h"
 #include "host/error.h"
 #include "host/event_loop.h"
@@ -86,7 +87,7 @@ struct RunOptions {
 
 int Run(const RunOptions& options, const std::vector<std::string>& program) {
   EventLoop loop;
-  const BoardDirectory directory(options.Name());
+  const BoardDirectory directory(options.Name(), DeviceFiles());
   const std::unique_ptr<Board> board = options.board.MakeBoard(
       options.Name(), {options.given_name.value_or(""), directory.path()}, loop);
   const Server server(*board, loop, directory.SocketPath(),

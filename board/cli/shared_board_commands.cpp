@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // start, exec and stop: a board that several programs share.
 #include <fcntl.h>
+#include <limits.h>
 #include <signal.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -15,6 +16,7 @@
 #include "cli/command_context.h"
 #include "cli/commands.h"
 #include "cli/program_arguments.h"
+#include "devices/device.h"
 #include "host/board_directory.h"
 #include "host/error.h"
 #include "host/event_loop.h"
@@ -25,6 +27,9 @@ namespace kestrel::board {
 namespace {
 
 using nlohmann::json;
+
+/// What the process that serves a board says when programs can reach it; a text otherwise.
+constexpr char kReady = '\0';
 
 struct SharedBoardOptions {
   BoardOptions board;
@@ -60,11 +65,35 @@ void Serve(Board& board, EventLoop& loop, BoardDirectory& directory, int ready) 
   const Server server(board, loop, directory.SocketPath(), [&loop] { loop.Stop(); });
   const Daemon daemon(loop);
   // A folder that somebody wants to unmount must not be held by a board.
-  if (chdir("/") != 0 || write(ready, "", 1) != 1) {
+  if (chdir("/") != 0 || write(ready, &kReady, 1) != 1) {
     return;
   }
   close(ready);
   loop.Run();
+}
+
+/// The same, and hands what went wrong to the process that started this one, which tells the user.
+void ServeOrExplain(Board& board, EventLoop& loop, BoardDirectory& directory, int ready) {
+  try {
+    Serve(board, loop, directory, ready);
+  } catch (const BoardError& error) {
+    const std::string reason = error.what();
+    if (write(ready, reason.data(), reason.size()) < 0) {
+      return;  // Then the other process says that the board did not start.
+    }
+  }
+}
+
+/// Waits for what the process that serves the board says first. Throws BoardError.
+void AwaitReady(const UniqueFd& answer, const std::string& name) {
+  std::array<char, PIPE_BUF> text{};
+  const ssize_t count = read(answer.get(), text.data(), text.size());
+  if (count <= 0) {
+    throw BoardError("board '" + name + "' did not start");
+  }
+  if (text.front() != kReady) {
+    throw BoardError(std::string(text.data(), static_cast<size_t>(count)));
+  }
 }
 
 /// Forks the process that serves the board; returns when programs can reach it.
@@ -72,7 +101,7 @@ void Start(const SharedBoardOptions& options) {
   // A board must not keep open, or locked, what its starter happens to have open.
   close_range(STDERR_FILENO + 1, ~0U, 0);
   EventLoop loop;
-  BoardDirectory directory(options.name);
+  BoardDirectory directory(options.name, DeviceFiles());
   const std::unique_ptr<Board> board =
       options.board.MakeBoard(options.name, {options.name, directory.path()}, loop);
   std::array<int, 2> ready{};
@@ -85,16 +114,12 @@ void Start(const SharedBoardOptions& options) {
   }
   if (child == 0) {
     close(ready[0]);
-    Serve(*board, loop, directory, ready[1]);
+    ServeOrExplain(*board, loop, directory, ready[1]);
     return;
   }
   directory.Disown();
   close(ready[1]);
-  const UniqueFd answer(ready[0]);
-  char byte = 0;
-  if (read(answer.get(), &byte, 1) != 1) {
-    throw BoardError("board '" + options.name + "' did not start");
-  }
+  AwaitReady(UniqueFd(ready[0]), options.name);
 }
 
 void AddStartCommand(CLI::App& app, const CommandContext& context) {
@@ -137,6 +162,7 @@ void AddStopCommand(CLI::App& app, const CommandContext& context) {
     const UniqueFd watch = WatchBoard(*name);
     CommandContext::AskBoard(*name, {{"stop", true}});
     WaitUntilStopped(watch);
+    TellWhatStays(*name);
     context.Print({{"board", *name}, {"state", "stopped"}},
                   [&](std::ostream& out) { out << "board '" << *name << "' has stopped\n"; });
   });

@@ -42,6 +42,7 @@ struct IoctlAnswer {
 class Session {
  public:
   virtual ~Session() = default;
+  /// `argument` has the size that is in the request, or none where the request only returns one.
   virtual IoctlAnswer Ioctl(uint32_t request, const std::vector<uint8_t>& argument) = 0;
 
   /// What faults call the descriptor: the path that it was opened by, or a word for its kind.
@@ -95,7 +96,8 @@ class Device {
 /// What a device may know of the board that it is made for.
 struct BoardPlace {
   std::string given_name;  ///< the board's name, empty where nobody gave it one
-  std::string folder;  ///< the board's own; it goes, with all that is in it, when the board ends
+  /// The board's own. Of what a device makes there, DeviceKind::files go when the board ends.
+  std::string folder;
 };
 
 /// An ioctl that faults may name.
@@ -128,10 +130,15 @@ struct DeviceKind {
   /// Names of its sessions that are not paths, for faults.
   std::vector<std::string> descriptors;
   std::vector<BoardOption> options;
+  /// The names of all that its devices ever make in the board's folder.
+  std::vector<std::string> files;
 };
 
 /// The kinds of devices that every board has, in the order in which they are shown.
 const std::vector<DeviceKind>& DeviceKinds();
+
+/// The names of all that devices make in a board's folder.
+std::vector<std::string> DeviceFiles();
 
 }  // namespace kestrel::board
 

@@ -21,4 +21,12 @@ const std::vector<DeviceKind>& DeviceKinds() {
   return kinds;
 }
 
+std::vector<std::string> DeviceFiles() {
+  std::vector<std::string> files;
+  for (const DeviceKind& kind : DeviceKinds()) {
+    files.insert(files.end(), kind.files.begin(), kind.files.end());
+  }
+  return files;
+}
+
 }  // namespace kestrel::board

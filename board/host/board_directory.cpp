@@ -3,45 +3,35 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
+#include <cstdio>
 #include <cstring>
-#include <filesystem>
+#include <iostream>
 
+#include "host/board_lock.h"
+#include "host/common_folder.h"
 #include "host/error.h"
+#include "host/folder_content.h"
+#include "host/text.h"
+#include "host/unfinished_folder.h"
 
 namespace kestrel::board {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr size_t kLongestName = 32;
 /// Another board's end may remove the common folder between two steps of this one's start, and a
 /// look at which boards run holds a lock for a moment.
-constexpr int kTries = 10;
+constexpr int kTries = 30;
 
-std::string FromEnvironment(const char* variable) {
-  const char* value = getenv(variable);
-  return value == nullptr ? "" : value;
-}
+constexpr char kSocketFile[] = "socket";
+/// Where the path of the object to be preloaded is not fit for the loader: see program.cpp.
+constexpr char kPreloadLink[] = "preload.so";
 
-std::string CommonFolder() {
-  const std::string chosen = FromEnvironment("KESTREL_BOARD_DIR");
-  if (!chosen.empty()) {
-    // A board leaves the folder that it is started in.
-    return fs::absolute(chosen);
-  }
-  const std::string runtime = FromEnvironment("XDG_RUNTIME_DIR");
-  if (!runtime.empty() && access(runtime.c_str(), W_OK) == 0) {
-    return runtime + "/kestrel-board";
-  }
-  return "/tmp/kestrel-board-" + std::to_string(getuid());
-}
+constexpr char kWhatToDo[] = "move it away, or choose another board name or KESTREL_BOARD_DIR";
 
 void CheckName(const std::string& name) {
   const bool only_known = std::all_of(name.begin(), name.end(), [](unsigned char c) {
@@ -53,80 +43,71 @@ void CheckName(const std::string& name) {
   }
 }
 
-/// Makes a folder that only its user can enter, unless there is one.
-void MakeFolder(const std::string& path) {
-  if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-    ThrowErrno(path);
-  }
-}
-
-/// In a folder that everybody can write to, somebody else may have made ours first.
-void CheckOwner(const std::string& path) {
-  struct stat status {};
-  if (lstat(path.c_str(), &status) != 0) {
-    if (errno == ENOENT) {
-      return;
-    }
-    ThrowErrno(path);
-  }
-  if (!S_ISDIR(status.st_mode) || status.st_uid != geteuid()) {
-    throw BoardError(path + ": is not a folder of yours; set KESTREL_BOARD_DIR to one that is");
-  }
-}
-
-/// The folder of a board, where its socket can be reached and belongs to this user.
-std::string FolderOf(const std::string& name) {
+/// The path of the folder of a board, where its socket can be reached.
+std::string PathOf(const std::string& name) {
   CheckName(name);
-  CheckOwner(CommonFolder());
-  std::string folder = CommonFolder() + "/" + name;
-  if (folder.size() + strlen("/socket") >= sizeof sockaddr_un::sun_path) {
-    throw UsageError(folder +
+  std::string path = CommonFolder() + "/" + name;
+  if (path.size() + 1 + strlen(kSocketFile) >= sizeof sockaddr_un::sun_path) {
+    throw UsageError(path +
                      ": longer than a socket's path may be; choose a shorter "
                      "KESTREL_BOARD_DIR or board name");
   }
-  return folder;
+  return path;
 }
 
-/// Whether the board of a folder runs, and so holds its lock.
-bool IsRunning(const fs::path& folder) {
-  const UniqueFd lock(open((folder / "lock").c_str(), O_RDONLY | O_CLOEXEC));
-  return lock.valid() && flock(lock.get(), LOCK_SH | LOCK_NB) != 0;
+/// The folder of the board called `name`, running or not; invalid when there is none.
+UniqueFd OpenFolderOf(const std::string& name) {
+  CheckName(name);
+  const UniqueFd common = OpenCommonFolder();
+  return common.valid() ? OpenFolder(common.get(), name) : UniqueFd();
 }
 
-/// Whether the file that `descriptor` has open is still the one at `path`.
-bool IsFileAt(int descriptor, const std::string& path) {
-  struct stat open_file {};
-  struct stat named_file {};
-  return fstat(descriptor, &open_file) == 0 && stat(path.c_str(), &named_file) == 0 &&
-         open_file.st_ino == named_file.st_ino && open_file.st_dev == named_file.st_dev;
+/// Names of files, fit for one line.
+std::string List(std::vector<std::string> names) {
+  constexpr size_t kMost = 3;
+  if (names.size() > kMost) {
+    names.resize(kMost);
+    names.emplace_back("...");
+  }
+  std::string list = Join(names);
+  std::replace_if(
+      list.begin(), list.end(), [](unsigned char c) { return iscntrl(c) != 0; }, '?');
+  return list;
 }
 
-/// Removes the folder of a board that was killed. One without a lock is about to be a board's.
-void RemoveIfAbandoned(const fs::path& folder) {
-  const std::string lock_path = folder / "lock";
-  const UniqueFd lock(open(lock_path.c_str(), O_RDWR | O_CLOEXEC));
-  if (lock.valid() && flock(lock.get(), LOCK_EX | LOCK_NB) == 0 &&
-      IsFileAt(lock.get(), lock_path)) {
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
+void Tell(const std::string& path, const std::vector<std::string>& names) {
+  if (!names.empty()) {
+    std::cerr << "kestrel-board: " << path << " stays: it holds what kestrel-board did not make ("
+              << List(names) << ")\n";
   }
 }
 
-std::vector<fs::path> Folders() {
-  std::vector<fs::path> folders;
-  std::error_code missing;
-  for (const fs::directory_entry& entry : fs::directory_iterator(CommonFolder(), missing)) {
-    folders.push_back(entry.path());
+/// Removes what a board that was killed left; the names of what stays.
+std::vector<std::string> RemoveIfAbandoned(int common, const std::string& name,
+                                           const std::vector<std::string>& files) {
+  const UniqueFd folder = OpenFolder(common, name);
+  if (!folder.valid()) {
+    return {};
   }
-  return folders;
+  const UniqueFd lock =
+      IsUnfinished(name) ? OpenUnfinishedLock(folder.get()) : OpenLock(folder.get());
+  if (lock.valid()) {
+    return TakeAbandoned(lock, folder.get()) ? RemoveFolder(common, name, folder.get(), files)
+                                             : std::vector<std::string>();
+  }
+  if (IsUnfinished(name)) {
+    // Another start may be about to make the lock; that one then begins anew.
+    unlinkat(common, name.c_str(), AT_REMOVEDIR);
+  }
+  return {};
 }
 
 }  // namespace
 
-BoardDirectory::BoardDirectory(const std::string& name) : path_(FolderOf(name)) {
-  for (const fs::path& folder : Folders()) {
-    RemoveIfAbandoned(folder);
-  }
+BoardDirectory::BoardDirectory(const std::string& name, std::vector<std::string> files)
+    : name_(name), path_(PathOf(name)), files_(std::move(files)) {
+  files_.insert(files_.end(), {kSocketFile, kPreloadLink});
+  RemoveAbandonedBoards();
   for (int i = 0; i < kTries; ++i) {
     if (TryTake()) {
       return;
@@ -136,60 +117,92 @@ BoardDirectory::BoardDirectory(const std::string& name) : path_(FolderOf(name)) 
   throw UsageError("a board named '" + name + "' is running already");
 }
 
+void BoardDirectory::RemoveAbandonedBoards() const {
+  const UniqueFd common = OpenCommonFolder();
+  if (!common.valid()) {
+    return;
+  }
+  for (const std::string& other : NamesIn(common.get())) {
+    if (other != name_) {
+      Tell(CommonFolder() + "/" + other, RemoveIfAbandoned(common.get(), other, files_));
+    }
+  }
+}
+
 bool BoardDirectory::TryTake() {
-  MakeFolder(CommonFolder());
-  CheckOwner(CommonFolder());
-  if (mkdir(path_.c_str(), 0700) != 0 && errno != EEXIST && errno != ENOENT) {
-    ThrowErrno(path_);
-  }
-  const std::string lock_path = path_ + "/lock";
-  lock_ = UniqueFd(open(lock_path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-  if (!lock_.valid() && errno != ENOENT) {
-    ThrowErrno(lock_path);
-  }
-  if (flock(lock_.get(), LOCK_EX | LOCK_NB) != 0 || !IsFileAt(lock_.get(), lock_path)) {
+  common_ = MakeCommonFolder();
+  if (!common_.valid()) {
     return false;
   }
-  unlink(SocketPath().c_str());
-  Adopt();
-  return true;
+  ClearPlace();
+  UnfinishedFolder folder(common_.get());
+  const int error = folder.Finish(name_);
+  if (error == 0) {
+    folder_ = folder.TakeFolder();
+    lock_ = folder.TakeLock();
+    owner_ = getpid();
+    return true;
+  }
+  if (error != ENOENT && error != ENOTEMPTY && error != EEXIST) {
+    throw BoardError(path_ + ": " + strerror(error));
+  }
+  return false;
+}
+
+void BoardDirectory::ClearPlace() const {
+  const UniqueFd folder = OpenFolder(common_.get(), name_);
+  if (!folder.valid() && errno == ENOENT) {
+    return;
+  }
+  if (!folder.valid()) {
+    throw BoardError(path_ + ": is in the way and not a board's folder; " + kWhatToDo);
+  }
+  const std::vector<std::string> others = OpenLock(folder.get()).valid()
+                                              ? RemoveIfAbandoned(common_.get(), name_, files_)
+                                              : NamesIn(folder.get());
+  if (!others.empty()) {
+    throw BoardError(path_ + ": holds what kestrel-board did not make (" + List(others) + "); " +
+                     kWhatToDo);
+  }
 }
 
 BoardDirectory::~BoardDirectory() {
   if (owner_ != getpid()) {
     return;
   }
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-  if (FromEnvironment("KESTREL_BOARD_DIR").empty()) {
-    rmdir(CommonFolder().c_str());
+  Tell(path_, RemoveFolder(common_.get(), name_, folder_.get(), files_));
+  if (!IsCommonFolderChosen()) {
+    rmdir(path_.substr(0, path_.rfind('/')).c_str());
   }
 }
 
 void BoardDirectory::Adopt() {
   owner_ = getpid();
-  const std::string text = std::to_string(owner_) + "\n";
-  if (ftruncate(lock_.get(), 0) != 0 ||
-      pwrite(lock_.get(), text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
-    ThrowErrno(path_ + "/lock");
+  if (!WriteLock(lock_.get(), owner_)) {
+    ThrowErrno(path_ + "/" + kLockFile);
   }
 }
 
-std::string BoardDirectory::SocketPath() const { return path_ + "/socket"; }
+std::string BoardDirectory::SocketPath() const { return path_ + "/" + kSocketFile; }
 
 std::vector<std::string> RunningBoards() {
   std::vector<std::string> names;
-  for (const fs::path& folder : Folders()) {
-    if (IsRunning(folder)) {
-      names.push_back(folder.filename());
+  const UniqueFd common = OpenCommonFolder();
+  if (!common.valid()) {
+    return names;
+  }
+  for (const std::string& name : NamesIn(common.get())) {
+    const UniqueFd folder = IsUnfinished(name) ? UniqueFd() : OpenFolder(common.get(), name);
+    if (folder.valid() && IsHeld(OpenLock(folder.get()))) {
+      names.push_back(name);
     }
   }
-  std::sort(names.begin(), names.end());
   return names;
 }
 
 UniqueFd WatchBoard(const std::string& name) {
-  return UniqueFd(open((FolderOf(name) + "/lock").c_str(), O_RDONLY | O_CLOEXEC));
+  const UniqueFd folder = OpenFolderOf(name);
+  return folder.valid() ? OpenLock(folder.get()) : UniqueFd();
 }
 
 void WaitUntilStopped(const UniqueFd& watch) {
@@ -197,6 +210,16 @@ void WaitUntilStopped(const UniqueFd& watch) {
   }
 }
 
-std::string SocketPathOf(const std::string& name) { return FolderOf(name) + "/socket"; }
+void TellWhatStays(const std::string& name) {
+  const UniqueFd folder = OpenFolderOf(name);
+  if (folder.valid() && !OpenLock(folder.get()).valid()) {
+    Tell(PathOf(name), NamesIn(folder.get()));
+  }
+}
+
+std::string SocketPathOf(const std::string& name) {
+  static_cast<void>(OpenFolderOf(name));
+  return PathOf(name) + "/" + kSocketFile;
+}
 
 }  // namespace kestrel::board

@@ -31,8 +31,12 @@ std::string PreloadPath(const fs::path& board_folder) {
     return preload;
   }
   const fs::path link = board_folder / "preload.so";
-  std::error_code exists_already;
-  fs::create_symlink(preload, link, exists_already);
+  std::error_code error;
+  fs::create_symlink(preload, link, error);
+  if (error && error != std::errc::file_exists) {
+    // The loader only warns of an object that is missing, and the program would see this machine.
+    throw BoardError(link.string() + ": " + error.message());
+  }
   return link;
 }
 

@@ -62,6 +62,8 @@ int AcceptOpen(int connection, int flags, const Reply& reply, RedirectedPath* re
       redirected->text[reply.header.size] = '\0';
       redirected->connection = MoveUp(connection);
       return redirected->connection < 0 ? -1 : kRedirected;
+    case Outcome::kText:
+      return CloseAndFail(connection, ENODEV);
     case Outcome::kFailed:
       break;
   }

@@ -12,13 +12,13 @@
 namespace kestrel::board::wire {
 namespace {
 
-int Send(int connection, const Request& request, int reply_end) {
+int Send(int connection, const Request& request, int descriptor) {
   RequestHeader header;
   header.operation = request.operation;
   header.number = request.number;
   header.size = request.size;
   DescriptorMessage message(&header, sizeof header, const_cast<void*>(request.data), request.size);
-  if (message.Send(connection, reply_end) >= 0) {
+  if (message.Send(connection, descriptor) >= 0) {
     return 0;
   }
   return errno == EFAULT || errno == EMSGSIZE ? errno : ENODEV;
@@ -74,12 +74,14 @@ int Exchange(int connection, const Request& request, Reply* reply) {
   return error;
 }
 
-void SendReply(int reply_socket, const ReplyHeader& header, const void* data, int descriptor) {
+int SendFile(int connection, Operation operation, int file) {
+  return Send(connection, {operation, 0, nullptr, 0}, file);
+}
+
+int SendReply(int reply_socket, const ReplyHeader& header, const void* data, int descriptor) {
   ReplyHeader copy = header;
   DescriptorMessage message(&copy, sizeof copy, const_cast<void*>(data), header.size);
-  // A program that died while it waited for its reply is no concern of the board's, and neither is
-  // one that passed a socket in which there is no room.
-  static_cast<void>(message.Send(reply_socket, descriptor, MSG_DONTWAIT));
+  return message.Send(reply_socket, descriptor, MSG_DONTWAIT) < 0 ? errno : 0;
 }
 
 }  // namespace kestrel::board::wire

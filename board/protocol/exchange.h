@@ -31,8 +31,12 @@ int Connect(const char* socket_path);
 /// program at any point.
 int Exchange(int connection, const Request& request, Reply* reply);
 
+/// Sends a message that has no reply, and a file with it. Returns 0 or an errno value as Exchange.
+int SendFile(int connection, Operation operation, int file);
+
 /// Sends a reply on the socket that came with a request, with `descriptor` unless that is -1.
-void SendReply(int reply_socket, const ReplyHeader& header, const void* data, int descriptor);
+/// Returns 0 or an errno value.
+int SendReply(int reply_socket, const ReplyHeader& header, const void* data, int descriptor);
 
 }  // namespace kestrel::board::wire
 

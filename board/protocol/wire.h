@@ -12,8 +12,12 @@ namespace kestrel::board::wire {
 
 inline constexpr uint32_t kMagic = 0x4B425231;
 
-/// The largest payload of a message.
-inline constexpr uint32_t kPayloadLimit = 128 * 1024;
+/// The largest payload of a message: what the argument of an ioctl may have, and what every socket
+/// takes at once. Longer texts of the command line pass as files, in both directions.
+inline constexpr uint32_t kPayloadLimit = 16 * 1024;
+
+/// The longest text that passes as a file.
+inline constexpr uint32_t kTextLimit = 64 * 1024 * 1024;
 
 enum class Operation : uint32_t {
   kOpen = 1,     ///< number: open flags; payload: the path
@@ -27,6 +31,9 @@ enum class Operation : uint32_t {
   kAttach = 6,  ///< payload as kControl; a descriptor comes along with the answer
   /// Asks for the real socket that stands at a path; payload: the path.
   kConnect = 7,
+  /// The text of the next kControl or kAttach, which is then empty, is in the file that comes along
+  /// in place of a reply's socket. There is no reply.
+  kText = 8,
 };
 
 struct RequestHeader {
@@ -41,6 +48,7 @@ enum class Outcome : uint32_t {
   kFailed = 0,    ///< the call fails with `error`
   kDone = 1,      ///< the call returns `result`; the payload goes into its argument
   kRedirect = 2,  ///< the path to be used in place of the one asked for is the payload
+  kText = 3,      ///< the payload is in the file that comes along
 };
 
 struct ReplyHeader {

@@ -154,7 +154,7 @@ json Board::ChangeFaults(const json& change) {
     for (const json& text : change.value("add", json::array())) {
       AddFault(text.get<std::string>());
     }
-  } catch (const UsageError&) {
+  } catch (...) {
     faults_ = std::move(before);
     throw;
   }

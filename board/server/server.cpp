@@ -2,6 +2,7 @@
 #include "server/server.h"
 
 #include <fcntl.h>
+#include <linux/ioctl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -9,11 +10,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "host/error.h"
 #include "host/json_text.h"
 #include "protocol/descriptor_message.h"
 #include "protocol/exchange.h"
+#include "protocol/text_file.h"
 
 namespace kestrel::board {
 namespace {
@@ -50,26 +53,68 @@ UniqueFd Accept(int listener) {
 /// A descriptor to give up when there are no others.
 UniqueFd Spare() { return UniqueFd(open("/dev/null", O_RDONLY | O_CLOEXEC)); }
 
+/// Sends a reply without a descriptor. A program that died while it waited for its reply is no
+/// concern of the board's, and neither is one that passed a socket in which there is no room.
+void Reply(int reply_socket, const ReplyHeader& header, const void* data) {
+  static_cast<void>(wire::SendReply(reply_socket, header, data, -1));
+}
+
 void Fail(int reply_socket, int error) {
   ReplyHeader header;
   header.error = error;
-  wire::SendReply(reply_socket, header, nullptr, -1);
+  Reply(reply_socket, header, nullptr);
 }
 
 void Done(int reply_socket) {
   ReplyHeader header;
   header.outcome = Outcome::kDone;
-  wire::SendReply(reply_socket, header, nullptr, -1);
+  Reply(reply_socket, header, nullptr);
 }
 
-void Send(int reply_socket, Outcome outcome, const std::string& text, int descriptor = -1) {
+ReplyHeader HeaderOf(Outcome outcome, size_t size) {
   ReplyHeader header;
   header.outcome = outcome;
-  header.size = static_cast<uint32_t>(text.size());
-  wire::SendReply(reply_socket, header, text.data(), descriptor);
+  header.size = static_cast<uint32_t>(size);
+  return header;
 }
 
-json Refusal(const char* reason, int status) { return {{"error", reason}, {"status", status}}; }
+void Redirect(int reply_socket, const std::string& path) {
+  Reply(reply_socket, HeaderOf(Outcome::kRedirect, path.size()), path.data());
+}
+
+/// Whether a message has all that its operation needs. What a device reads of an argument, a
+/// program passes whole.
+bool IsComplete(const wire::RequestHeader& header, const std::vector<uint8_t>& payload) {
+  switch (header.operation) {
+    case Operation::kIoctl:
+      return header.size ==
+             ((_IOC_DIR(header.number) & _IOC_WRITE) != 0 ? _IOC_SIZE(header.number) : 0);
+    case Operation::kFileCall:
+      return std::find(payload.begin(), payload.end(), ' ') != payload.end();
+    default:
+      return true;
+  }
+}
+
+json Refusal(const std::string& reason, int status) {
+  return {{"error", reason}, {"status", status}};
+}
+
+/// Sends an answer to the command line; returns 0 or an errno value.
+int SendText(int reply_socket, const std::string& text, int descriptor) {
+  if (text.size() <= wire::kPayloadLimit) {
+    const ReplyHeader header = HeaderOf(Outcome::kDone, text.size());
+    return wire::SendReply(reply_socket, header, text.data(), descriptor);
+  }
+  // A message carries one descriptor.
+  if (descriptor >= 0) {
+    return EMSGSIZE;
+  }
+  const UniqueFd file = wire::MakeTextFile(text);
+  return file.valid()
+             ? wire::SendReply(reply_socket, HeaderOf(Outcome::kText, 0), nullptr, file.get())
+             : errno;
+}
 
 }  // namespace
 
@@ -168,10 +213,12 @@ void Server::Receive(int connection) {
     return;
   }
   message.payload.assign(buffer_.begin(), buffer_.begin() + message.header.size);
-  Handle(connection, message);
+  if (IsComplete(message.header, message.payload)) {
+    Handle(connection, message);
+  }
 }
 
-void Server::Handle(int connection, const Message& message) {
+void Server::Handle(int connection, Message& message) {
   switch (message.header.operation) {
     case Operation::kOpen:
       return HandleOpen(connection, message);
@@ -185,7 +232,10 @@ void Server::Handle(int connection, const Message& message) {
       return HandleConnect(message);
     case Operation::kControl:
     case Operation::kAttach:
-      return HandleControl(message);
+      return HandleControl(connection, message);
+    case Operation::kText:
+      connections_.at(connection).text = std::move(message.reply_socket);
+      return;
   }
   Fail(message.reply_socket.get(), ENOSYS);
 }
@@ -203,7 +253,7 @@ void Server::HandleOpen(int connection, const Message& message) {
   }
   connections_.at(connection).session = std::move(answer.session);
   if (!answer.redirect.empty()) {
-    return Send(message.reply_socket.get(), Outcome::kRedirect, answer.redirect);
+    return Redirect(message.reply_socket.get(), answer.redirect);
   }
   Done(message.reply_socket.get());
 }
@@ -215,7 +265,7 @@ void Server::HandleConnect(const Message& message) {
   if (fault != 0 || socket.empty()) {
     return Fail(message.reply_socket.get(), fault != 0 ? fault : ECONNREFUSED);
   }
-  Send(message.reply_socket.get(), Outcome::kRedirect, socket);
+  Redirect(message.reply_socket.get(), socket);
 }
 
 void Server::HandleIoctl(int connection, const Message& message) {
@@ -241,7 +291,12 @@ void Server::HandleIoctl(int connection, const Message& message) {
   header.result = answer.result;
   header.size = static_cast<uint32_t>(answer.data.size());
   header.descriptor_offset = answer.descriptor_offset;
-  wire::SendReply(message.reply_socket.get(), header, answer.data.data(), made.get());
+  const int error =
+      wire::SendReply(message.reply_socket.get(), header, answer.data.data(), made.get());
+  if (error != 0 && made.valid()) {
+    // Too many descriptors are on their way.
+    Fail(message.reply_socket.get(), ENFILE);
+  }
 }
 
 void Server::HandleClose(int connection, const Message& message) {
@@ -255,7 +310,7 @@ void Server::HandleClose(int connection, const Message& message) {
 
 void Server::HandleFileCall(const Message& message) {
   const std::string question(message.payload.begin(), message.payload.end());
-  const size_t space = std::min(question.find(' '), question.size() - 1);
+  const size_t space = question.find(' ');
   const std::string call = question.substr(0, space);
   const Board::RedirectedPath found = board_.FindByFile(question.substr(space + 1));
   if (found.device == nullptr) {
@@ -270,21 +325,40 @@ void Server::HandleFileCall(const Message& message) {
   ReplyHeader header;
   header.outcome = Outcome::kDone;
   header.size = sizeof not_kept;
-  wire::SendReply(message.reply_socket.get(), header, &not_kept, -1);
+  Reply(message.reply_socket.get(), header, &not_kept);
 }
 
-void Server::HandleControl(const Message& message) {
+void Server::HandleControl(int connection, const Message& message) {
   json answer;
   UniqueFd descriptor;
   try {
-    answer = {
-        {"answer", Answer(json::parse(message.payload), message.header.operation, &descriptor)}};
+    const json request = RequestIn(connection, message);
+    answer = {{"answer", Answer(request, message.header.operation, &descriptor)}};
   } catch (const BoardError& error) {
     answer = Refusal(error.what(), error.status());
   } catch (const json::exception& error) {
     answer = Refusal(error.what(), 1);
   }
-  Send(message.reply_socket.get(), Outcome::kDone, ToText(answer), descriptor.get());
+  const std::string text = ToText(answer);
+  const int error = SendText(message.reply_socket.get(), text, descriptor.get());
+  if (error != 0) {
+    const json refusal = Refusal("the board cannot send its answer of " +
+                                     std::to_string(text.size()) + " bytes: " + strerror(error),
+                                 1);
+    SendText(message.reply_socket.get(), ToText(refusal), -1);
+  }
+}
+
+json Server::RequestIn(int connection, const Message& message) {
+  const UniqueFd file = std::move(connections_.at(connection).text);
+  if (!file.valid()) {
+    return json::parse(message.payload);
+  }
+  std::string text;
+  if (!wire::ReadTextFile(file.get(), &text)) {
+    ThrowErrno("the board cannot read the request");
+  }
+  return json::parse(text);
 }
 
 json Server::Answer(const json& request, Operation operation, UniqueFd* descriptor) {

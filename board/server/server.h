@@ -31,6 +31,7 @@ class Server {
   struct Connection {
     UniqueFd socket;
     std::unique_ptr<Session> session;  ///< null until something has been opened
+    UniqueFd text;                     ///< of the next request of the command line, if it was long
   };
   struct Message {
     wire::RequestHeader header;
@@ -47,13 +48,16 @@ class Server {
   void Add(UniqueFd socket);
   void Receive(int connection);
   void EndClosedSessions();
-  void Handle(int connection, const Message& message);
+  void Handle(int connection, Message& message);
   void HandleOpen(int connection, const Message& message);
   void HandleConnect(const Message& message);
   void HandleIoctl(int connection, const Message& message);
   void HandleClose(int connection, const Message& message);
   void HandleFileCall(const Message& message);
-  void HandleControl(const Message& message);
+  void HandleControl(int connection, const Message& message);
+  /// The request of the command line in a message or in the file that came before. Throws
+  /// BoardError, or json::exception for what is no JSON.
+  nlohmann::json RequestIn(int connection, const Message& message);
   /// The answer to a request of the command line, and the descriptor that goes with it, if any.
   nlohmann::json Answer(const nlohmann::json& request, wire::Operation operation,
                         UniqueFd* descriptor);

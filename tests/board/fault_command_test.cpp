@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Faults on the command line.
+#include <algorithm>
+
 #include "board_command.h"
 
 namespace kestrel::test {
@@ -50,11 +52,31 @@ TEST_F(FaultOption, NeedNotBeUtf8ToBeRefused) {
   EXPECT_EQ(Board({"line", "4"}).standard_output, "low\n");
 }
 
-TEST_F(FaultOption, MoreThanABoardTakesAtOnceIsRefused) {
+TEST_F(FaultOption, HitsProgramsWithoutAStandardStream) {
+  // The connection over which the board is asked gets the number of the stream.
+  const std::vector<std::string> run = {
+      "run", "--fault", "read:/var/run/network_status=EIO",
+      "sh",  "-c",      "head -c 1 </var/run/network_status 2>&-"};
+  const ProgramResult result = Board(run);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.standard_output, "");
+}
+
+TEST_F(FaultOption, ManyAreTakenAtOnce) {
   Start("bench");
   std::vector<std::string> arguments(10000, "ioctl:0x8044B401=EIO");
   arguments.insert(arguments.begin(), "fault");
-  ExpectUsageError(arguments, "that is more than a board takes at once");
+  const ProgramResult result = Board(arguments);
+  EXPECT_EQ(result.status, 0) << result.standard_error;
+  EXPECT_EQ(std::count(result.standard_output.begin(), result.standard_output.end(), '\n'), 10000);
+}
+
+TEST_F(FaultOption, LongOnesAreRefusedInOneLine) {
+  Start("bench");
+  const std::string fault(100000, 'x');
+  ExpectUsageError({"fault", fault}, "fault '" + fault +
+                                         "': a fault is written CALL[:WHAT]=ERRNO[@N], such as "
+                                         "open:/dev/gpiochip0=EACCES");
 }
 
 TEST_F(FaultOption, BadFaultsAreRefusedInOneLine) {

@@ -90,6 +90,23 @@ TEST_F(SharedBoard, ProgramOfAStoppedBoardFindsItsDeviceGone) {
             "[Kestrel:GPIO] Problem opening GPIO chip: No such device (19)\n");
 }
 
+class DescriptorOfAStoppedBoard : public SharedBoard,
+                                  public testing::WithParamInterface<const char*> {};
+
+TEST_P(DescriptorOfAStoppedBoard, IsClosedWithoutAWord) {
+  Start("bench");
+  const std::string stop = KESTREL_BOARD_PROGRAM " stop bench >/dev/null";
+  const ProgramResult result =
+      Board({"exec", "bench", KESTREL_BOARD_DESCRIPTOR_PROBE, GetParam(), stop});
+  started_.clear();
+  EXPECT_EQ(result.standard_output, "0 4242\n");
+  EXPECT_EQ(result.standard_error, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DescriptorOfAStoppedBoard,
+                         testing::Values("/dev/gpiochip0", "/dev/warden", "/dev/ttyS0",
+                                         "/var/run/network_status"));
+
 TEST_F(SharedBoard, KeepsNothingOpenThatItsStarterHas) {
   const std::string script = std::string("exec 9>") + folder_.path() +
                              "/file; flock 9; " KESTREL_BOARD_PROGRAM " start bench";

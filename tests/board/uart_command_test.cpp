@@ -74,6 +74,16 @@ TEST_F(UartCommand, WithoutInputItListensUntilNobodyReads) {
   EXPECT_TRUE(Eventually([this] { return !IsAttached(0); }));
 }
 
+TEST_F(UartCommand, OutputThatCannotBeWrittenEndsIt) {
+  Start("bench");
+  BackgroundProgram command({"sh", "-c", Uart("0") + " </dev/null >/dev/full"}, environment_);
+  ASSERT_TRUE(Eventually([this] { return IsAttached(0); }));
+  const BackgroundProgram program(WithRawPort("answer"), environment_);
+  const ProgramResult result = command.Wait();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.standard_error, "kestrel-board: standard output: No space left on device\n");
+}
+
 TEST_F(UartCommand, SendsItsInputAlsoWhenNobodyReadsTheOutput) {
   Start("bench");
   BackgroundProgram program(WithRawPort(""), environment_);

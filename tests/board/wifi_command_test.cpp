@@ -68,6 +68,32 @@ TEST_F(WifiCommands, LongAndUnprintableCommandsAreShownShortened) {
   EXPECT_EQ(command.at("outcome"), "UNKNOWN COMMAND\\n");
 }
 
+TEST_F(WifiCommands, ManyNetworksAreShown) {
+  json networks = json::array();
+  for (int i = 0; i < 5000; ++i) {
+    networks.push_back({{"ssid", '"' + std::to_string(i) + '"'}, {"key_mgmt", "NONE"}});
+  }
+  const std::string file = files_.Write("networks.json", json({{"networks", networks}}).dump());
+  StartWith("[wifi]\nnetworks-file = \"" + file + "\"\n");
+  EXPECT_EQ(json::parse(Board({"wifi", "--json"}).standard_output).at("networks").size(), 5000U);
+  const ProgramResult show = Board({"show"});
+  EXPECT_EQ(show.status, 0);
+  EXPECT_EQ(show.standard_error, "");
+  EXPECT_NE(show.standard_output.find("network 4999  \"4999\""), std::string::npos);
+}
+
+TEST_F(WifiCommands, LongScriptIsTaken) {
+  std::string script;
+  for (int i = 0; i < 3000; ++i) {
+    script += "[[rule]]\ncommand = \"NUMBER " + std::to_string(i) + "\"\nreply = \"" +
+              std::string(100, 'x') + "\"\n";
+  }
+  ASSERT_EQ(Start("bench").status, 0);
+  const ProgramResult result = Board({"wifi", "--script", files_.Write("long.toml", script)});
+  EXPECT_EQ(result.status, 0) << result.standard_error;
+  EXPECT_EQ(WifiClient(SocketPath()).Ask("NUMBER 2999"), std::string(100, 'x'));
+}
+
 TEST_F(WifiCommands, DaemonCanBeAbsentAndRefuse) {
   StartWith("[wifi]\ndaemon = \"absent\"\n");
   EXPECT_EQ(WifiClient(SocketPath()).error(), ENOENT);
@@ -127,6 +153,23 @@ TEST_F(WifiCommands, AccessPointsAreAddedAndRemoved) {
   EXPECT_EQ(Board({"wifi", "remove", "02:00:00:00:00:0A"}).status, 0);
   EXPECT_EQ(Show().at("access_points").size(), 2U);
   ExpectUsageError({"wifi", "signal", "x", "-3"}, "there is no access point 'x'");
+}
+
+TEST_F(WifiCommands, NameMayHaveAllOfItsBytes) {
+  std::string digits;
+  for (int i = 0; i < 32; ++i) {
+    digits += "61";
+  }
+  StartWith("[[wifi.access-point]]\nname-hex = \"" + digits + "\"\n");
+  EXPECT_EQ(Show().at("access_points").at(0).at("name"), std::string(32, 'a'));
+}
+
+TEST_F(WifiCommands, SignalIsSet) {
+  Start("bench");
+  const ProgramResult result = Board({"wifi", "signal", "Kestrel Guest", "-90", "--json"});
+  const json points = json::parse(result.standard_output).at("access_points");
+  EXPECT_EQ(points.at(0).at("signal"), -48);
+  EXPECT_EQ(points.at(1).at("signal"), -90);
 }
 
 TEST_F(WifiCommands, BadConfigurationIsRefused) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the Wi-Fi daemon of a board replies: to the commands of a recorded conversation the same as
 // a real one, byte for byte, and what it does by itself.
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -8,6 +9,8 @@
 
 namespace kestrel::test {
 namespace {
+
+namespace fs = std::filesystem;
 
 /// A recorded reply. The daemon of these tests has no address to tell.
 std::string Recorded(const std::string& name) {
@@ -227,6 +230,34 @@ TEST_F(WifiDaemon, WrongPassphraseIsTriedAgainWhenItIsChanged) {
   EXPECT_NE(status.find("\nip_address=192.168.77.2\n"), std::string::npos) << status;
 }
 
+TEST_F(WifiDaemon, IsInactiveOnlyWhenAllNetworksAreDisabled) {
+  StartWith(kQuickWifi);
+  const WifiClient client(SocketPath());
+  Expect(client, {{"ADD_NETWORK", "0\n"},
+                  {"SET_NETWORK 0 ssid \"Kestrel Lab\"", "OK\n"},
+                  {"SET_NETWORK 0 psk \"kestrel-lib\"", "OK\n"},
+                  {"ENABLE_NETWORK 0", "OK\n"},
+                  {"ADD_NETWORK", "1\n"}});
+  EXPECT_NE(client.AskUntil("LIST_NETWORKS", "[TEMP-DISABLED]").find("[TEMP"), std::string::npos);
+  Expect(client, {{"DISABLE_NETWORK 1", "OK\n"}});
+  EXPECT_EQ(client.Ask("STATUS").substr(0, 23), "wpa_state=DISCONNECTED\n");
+  Expect(client, {{"DISABLE_NETWORK 0", "OK\n"}});
+  EXPECT_EQ(client.Ask("STATUS").substr(0, 19), "wpa_state=INACTIVE\n");
+}
+
+TEST_F(WifiDaemon, NetworkThatIsDisabledIsNotTemporarilyDisabledAsWell) {
+  StartWith(kQuickWifi);
+  const WifiClient client(SocketPath());
+  Expect(client, {{"ADD_NETWORK", "0\n"},
+                  {"SET_NETWORK 0 ssid \"Kestrel Lab\"", "OK\n"},
+                  {"SET_NETWORK 0 psk \"kestrel-lib\"", "OK\n"},
+                  {"ENABLE_NETWORK 0", "OK\n"}});
+  EXPECT_NE(client.AskUntil("LIST_NETWORKS", "[TEMP-DISABLED]").find("[TEMP"), std::string::npos);
+  Expect(client, {{"DISABLE_NETWORK 0", "OK\n"},
+                  {"LIST_NETWORKS",
+                   "network id / ssid / bssid / flags\n0\tKestrel Lab\tany\t[DISABLED]\n"}});
+}
+
 TEST_F(WifiDaemon, WrongPassphraseIsTriedAgainAfterATime) {
   StartWith("[wifi]\nassociation-time = 200\nretry-time = 200\n");
   const WifiClient client(SocketPath());
@@ -260,6 +291,18 @@ TEST_F(WifiDaemon, ListsAreCutBeforeTheFirstLineThatDoesNotFit) {
   EXPECT_LT(networks.size(), 4096U);
   EXPECT_GE(networks.size() + 21, 4096U);
   EXPECT_EQ(networks.back(), '\n');
+}
+
+TEST_F(WifiDaemon, ScanListsProtectedNetworksFirstAndThenTheStronger) {
+  StartWith(std::string(kQuickWifi) +
+            "[[wifi.access-point]]\nname = \"open\"\nsecurity = \"open\"\nsignal = -20\n"
+            "[[wifi.access-point]]\nname = \"weak\"\nsignal = -80\n"
+            "[[wifi.access-point]]\nname = \"strong\"\nsignal = -30\n");
+  const WifiClient client(SocketPath());
+  Expect(client, {{"SCAN", "OK\n"}});
+  const std::string results = client.AskUntil("SCAN_RESULTS", "open");
+  EXPECT_LT(results.find("\tstrong\n"), results.find("\tweak\n")) << results;
+  EXPECT_LT(results.find("\tweak\n"), results.find("\topen\n")) << results;
 }
 
 TEST_F(WifiDaemon, FindsTheAccessPointsOfTheMoment) {
@@ -408,6 +451,60 @@ TEST_F(WifiDaemon, RestartedDaemonKnowsOnlyWhatHasBeenSaved) {
   Board({"wifi", "--daemon", "running"});
   EXPECT_EQ(WifiClient(SocketPath()).Ask("LIST_NETWORKS"),
             "network id / ssid / bssid / flags\n0\t\tany\t[DISABLED]\n");
+}
+
+TEST_F(WifiDaemon, RestartedDaemonHasNeitherConnectionNorScanResults) {
+  StartWith(kQuickWifi);
+  const WifiClient client(SocketPath());
+  Expect(client, {{"ADD_NETWORK", "0\n"},
+                  {"SET_NETWORK 0 ssid \"Kestrel Guest\"", "OK\n"},
+                  {"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
+                  {"ENABLE_NETWORK 0", "OK\n"}});
+  EXPECT_NE(client.AskUntil("STATUS", "COMPLETED").find("COMPLETED"), std::string::npos);
+  Expect(client, {{"SCAN", "OK\n"}});
+  EXPECT_NE(client.AskUntil("SCAN_RESULTS", "Guest").find("Guest"), std::string::npos);
+  Board({"wifi", "--daemon", "refusing"});
+  Board({"wifi", "--daemon", "running"});
+  const WifiClient restarted(SocketPath());
+  const std::string status = restarted.Ask("STATUS");
+  EXPECT_EQ(status.find("ssid="), std::string::npos) << status;
+  EXPECT_NE(status.find("wpa_state=DISCONNECTED\n"), std::string::npos) << status;
+  EXPECT_EQ(restarted.Ask("SCAN_RESULTS"), "bssid / frequency / signal level / flags / ssid\n");
+}
+
+TEST_F(WifiDaemon, RestartedDaemonKnowsOfNoDisconnect) {
+  StartWith(kQuickWifi);
+  const WifiClient client(SocketPath());
+  Expect(client, {{"ADD_NETWORK", "0\n"},
+                  {"SET_NETWORK 0 ssid \"Kestrel Guest\"", "OK\n"},
+                  {"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
+                  {"ENABLE_NETWORK 0", "OK\n"},
+                  {"SAVE_CONFIG", "OK\n"},
+                  {"DISCONNECT", "OK\n"}});
+  Board({"wifi", "--daemon", "refusing"});
+  Board({"wifi", "--daemon", "running"});
+  const WifiClient restarted(SocketPath());
+  EXPECT_NE(restarted.AskUntil("STATUS", "COMPLETED").find("COMPLETED"), std::string::npos);
+}
+
+TEST_F(WifiDaemon, RestartedDaemonDoesNotScanOn) {
+  StartWith("[wifi]\nscan-time = 600000\n");
+  Expect(WifiClient(SocketPath()), {{"SCAN", "OK\n"}, {"SCAN", "FAIL-BUSY\n"}});
+  Board({"wifi", "--daemon", "absent"});
+  Board({"wifi", "--daemon", "running"});
+  Expect(WifiClient(SocketPath()), {{"SCAN", "OK\n"}});
+}
+
+TEST_F(WifiDaemon, SavedNetworksArePrivateAlsoWhereAFileIsLeftOver) {
+  StartWith(kQuickWifi);
+  const std::string left_over = NetworksFile() + ".new";
+  std::ofstream(left_over) << "left over";
+  fs::permissions(left_over, fs::perms(0666));
+  Expect(
+      WifiClient(SocketPath()),
+      {{"ADD_NETWORK", "0\n"}, {"SET_NETWORK 0 key_mgmt NONE", "OK\n"}, {"SAVE_CONFIG", "OK\n"}});
+  EXPECT_EQ(fs::status(NetworksFile()).permissions(), fs::perms(0600));
+  EXPECT_FALSE(fs::exists(left_over));
 }
 
 TEST_F(WifiDaemon, FileThatCannotBeReadAnewLeavesTheNetworks) {

@@ -24,6 +24,18 @@ class WifiScript : public WifiBoard {
   }
 };
 
+TEST_F(WifiScript, IsPrintedRuleByRule) {
+  StartWithRules(
+      "[[rule]]\ncommand = \"SCAN*\"\ndelay = 1500\ncount = 3\n"
+      "[[rule]]\ncommand = \"PING\"\nreply = \"no\\n\"\n");
+  EXPECT_EQ(WifiClient(SocketPath()).Ask("PING"), "no\n");
+  const std::string state = Board({"wifi"}).standard_output;
+  EXPECT_NE(state.find("  rule \"SCAN*\": answer after 1500 ms, used 0 of 3\n"
+                       "  rule \"PING\": reply \"no\\n\", used 1\n"),
+            std::string::npos)
+      << state;
+}
+
 TEST_F(WifiScript, FirstRuleThatFitsDecidesUntilItIsUsedUp) {
   StartWithRules(
       "[[rule]]\ncommand = \"SCAN\"\nreply = \"FAIL\\n\"\ncount = 2\n"

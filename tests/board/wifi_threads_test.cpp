@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "outside_world.h"
-#include "support/eight_threads.h"
 #include "support/outcome.h"
+#include "support/threads.h"
 #include "wifi_exports.h"
 
 namespace kestrel::test {
@@ -27,8 +27,8 @@ namespace {
 constexpr size_t kRounds = 5;
 constexpr char kScanIsRefused[] = "[Kestrel:WifiConfig] Failure performing scan: 6\n";
 
-/// What each kept list needs from an application: the library replaces it without a lock of its
-/// own, so the two calls that fill and read it are one thread's at a time.
+/// A thread that wants the networks that it has counted keeps others from replacing or taking the
+/// list before it has read them.
 std::mutex g_stored_list;
 std::mutex g_scanned_list;
 
@@ -152,7 +152,7 @@ TEST(WifiThreads, GetTheRepliesToTheirOwnCommands) {
   AwaitConnectionAndScan();
   Successes successes;
   const Observed observed = Observe([&] {
-    OnEightThreads([&](size_t number) {
+    OnThreads(8, [&](size_t number) {
       Worker worker(number, successes);
       for (size_t round = 0; round < kRounds; ++round) {
         worker.DoRound(round);

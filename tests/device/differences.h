@@ -28,6 +28,9 @@ inline constexpr Difference<const char*> kNameOfPort = {"/dev/pts/", "/dev/ttyS"
 inline constexpr Difference<int> kModemLines = {ENOTTY, 0};
 inline constexpr Difference<int> kSevenDataBits = {EINVAL, 0};
 
+/// Whether a serial port keeps a parity.
+inline constexpr Difference<bool> kKeepsParity = {false, true};
+
 /// Whether a port that an XOFF has stopped can still be written to.
 inline constexpr Difference<bool> kStoppedPortTakesBytes = {false, true};
 

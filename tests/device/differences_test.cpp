@@ -3,10 +3,12 @@
 // differences stays true.
 #include <errno.h>
 #include <gtest/gtest.h>
+#include <kestrel/uart.h>
 #include <string.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <termios.h>
+#include <unistd.h>
 
 #include "board/raw_gpio.h"
 #include "rig.h"
@@ -47,6 +49,23 @@ TEST(DeviceDifferences, SevenDataBits) {
   changed.c_cflag = (changed.c_cflag & ~tcflag_t{CSIZE}) | CS7;
   EXPECT_EQ(ErrnoOf(tcsetattr(visitor.get(), TCSANOW, &changed)), TheRig().Of(kSevenDataBits));
   EXPECT_EQ(tcsetattr(visitor.get(), TCSANOW, &settings), 0);
+}
+
+/// As <kestrel/uart.h> shows it for a port that the library has opened.
+TEST(DeviceDifferences, EvenParity) {
+  UartConfigRecord config;
+  ASSERT_EQ(z__UART_InitConfig(&config, UART_CONFIG_VERSION), 0);
+  const int port = z__UART_Open(kLeftPort, &config);
+  ASSERT_GE(port, 0);
+  termios settings{};
+  ASSERT_EQ(tcgetattr(port, &settings), 0);
+  settings.c_iflag |= INPCK;
+  settings.c_cflag &= ~static_cast<tcflag_t>(PARODD | CMSPAR);
+  settings.c_cflag |= PARENB;
+  EXPECT_EQ(tcsetattr(port, TCSANOW, &settings), 0);
+  ASSERT_EQ(tcgetattr(port, &settings), 0);
+  EXPECT_EQ((settings.c_cflag & PARENB) != 0, TheRig().Of(kKeepsParity));
+  close(port);
 }
 
 }  // namespace

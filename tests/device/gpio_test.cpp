@@ -12,9 +12,9 @@
 
 #include "rig.h"
 #include "support/descriptors.h"
-#include "support/eight_threads.h"
 #include "support/in_child.h"
 #include "support/outcome.h"
+#include "support/threads.h"
 
 namespace kestrel::test {
 namespace {
@@ -276,7 +276,7 @@ TEST(DeviceGpio, UserWhoMayNotOpenTheChipIsTold) {
 TEST(DeviceGpio, EightThreadsEachHaveTheirLine) {
   constexpr std::array<int, 8> kLines = {0, 1, 2, 4, 5, 6, 7, 63};
   const Observed all = Observe([&] {
-    OnEightThreads([&](size_t thread) {
+    OnThreads(8, [&](size_t thread) {
       const int line = GPIO_OpenAsOutput(kLines.at(thread), GpioDriveMode_PushPull, GpioLevel_Low);
       for (size_t round = 0; round < 200; ++round) {
         const auto level = static_cast<GpioLevel>((round + thread) % 2);
@@ -298,7 +298,7 @@ TEST(DeviceGpio, OfEightThreadsOneGetsTheLine) {
   close(GPIO_OpenAsInput(1));
   std::array<int, 8> lines{};
   const Observed all = Observe([&] {
-    OnEightThreads([&](size_t thread) { lines.at(thread) = GPIO_OpenAsInput(9); });
+    OnThreads(8, [&](size_t thread) { lines.at(thread) = GPIO_OpenAsInput(9); });
     return 0;
   });
   EXPECT_EQ(std::count(lines.begin(), lines.end(), -1), 7);

@@ -118,7 +118,7 @@ void StartIfGone(const std::string& daemon) {
 /// Waits until a command gets through the relay to the supplicant and back.
 void AwaitWifiAnswer() {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (WifiClient(kWifiSocketPath).Ask("PING") != "PONG\n") {
+  while (WifiClient(kWifiSocketPath).Ask("STATUS").find("wpa_state=") == std::string::npos) {
     if (std::chrono::steady_clock::now() > deadline) {
       throw std::runtime_error("the Wi-Fi daemons do not answer");
     }

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "rig.h"
-#include "support/eight_threads.h"
 #include "support/outcome.h"
+#include "support/threads.h"
 
 namespace kestrel::test {
 namespace {
@@ -51,7 +51,7 @@ TEST_F(DeviceIdentifier, NeedsRoomForAllOfIt) {
 
 TEST_F(DeviceIdentifier, IsTheSameOnEightThreads) {
   const Observed all = Observe([] {
-    OnEightThreads([](size_t) {
+    OnThreads(8, [](size_t) {
       char text[kSize];
       EXPECT_EQ(Manufacturing_GetDeviceId(text, sizeof text), 129);
       EXPECT_STREQ(text, kDeviceIdentifier);

@@ -17,9 +17,9 @@
 
 #include "board/serial_port.h"
 #include "rig.h"
-#include "support/eight_threads.h"
 #include "support/in_child.h"
 #include "support/outcome.h"
+#include "support/threads.h"
 #include "visitor.h"
 
 namespace kestrel::test {
@@ -320,7 +320,7 @@ TEST(DeviceUart, RefusedOpenLeavesThePortToItsHolder) {
 TEST(DeviceUart, OfEightThreadsOneGetsThePort) {
   std::array<int, 8> ports{};
   const Observed all = Observe([&] {
-    OnEightThreads([&](size_t thread) { ports.at(thread) = OpenPort(kLeftPort); });
+    OnThreads(8, [&](size_t thread) { ports.at(thread) = OpenPort(kLeftPort); });
     return 0;
   });
   EXPECT_EQ(std::count(ports.begin(), ports.end(), -1), 7);

@@ -10,6 +10,7 @@
 #include "devices/gpio/gpio_sessions.h"
 #include "devices/gpio/line_flags.h"
 #include "host/error.h"
+#include "host/json_text.h"
 
 namespace kestrel::board::gpio {
 namespace {
@@ -72,7 +73,7 @@ class GpioDevice : public Device {
   }
 
   json Control(const json& request) override {
-    const size_t offset = CheckedOffset(request.at("line").get<uint64_t>());
+    const size_t offset = CheckedOffset(IntegerIn<uint32_t>(request, "line"));
     if (request.contains("level")) {
       const auto level = request.at("level").get<std::string>();
       config_.chip->Drive(offset,

@@ -25,7 +25,8 @@ IoctlAnswer Failure(int error) {
 template <typename Record>
 Record Decode(const Bytes& argument) {
   Record record{};
-  memcpy(&record, argument.data(), std::min(argument.size(), sizeof record));
+  std::copy_n(argument.begin(), std::min(argument.size(), sizeof record),
+              reinterpret_cast<uint8_t*>(&record));
   return record;
 }
 

@@ -9,6 +9,7 @@
 #include "devices/network/network_command.h"
 #include "devices/network/network_status.h"
 #include "host/error.h"
+#include "host/file_replacement.h"
 #include "host/hex_text.h"
 
 namespace kestrel::board::network {
@@ -90,6 +91,7 @@ DeviceKind Kind() {
   };
   kind.print = PrintState;
   kind.add_commands = AddNetworkCommand;
+  kind.files = {kStatusFile, std::string(kStatusFile) + kReplacementSuffix};
   return kind;
 }
 

@@ -5,11 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 
 #include "host/error.h"
+#include "host/file_replacement.h"
 #include "host/hex_text.h"
 
 namespace kestrel::board::network {
@@ -78,7 +78,7 @@ bool IsReady(const Status& status) {
 }
 
 StatusFile::StatusFile(const std::string& folder, const Status& status)
-    : path_(folder + "/network_status") {
+    : path_(folder + "/" + kStatusFile) {
   Write(status);
 }
 
@@ -89,12 +89,8 @@ void StatusFile::Write(const Status& status) const {
     }
     return;
   }
-  const std::string complete = path_ + ".new";
-  std::ofstream file(complete, std::ios::binary);
-  file.write(reinterpret_cast<const char*>(status->data()),
-             static_cast<std::streamsize>(status->size()));
-  file.close();
-  if (!file || rename(complete.c_str(), path_.c_str()) != 0) {
+  constexpr mode_t kMode = 0666;
+  if (!ReplaceFile(path_, std::string(status->begin(), status->end()), kMode)) {
     ThrowErrno(path_);
   }
 }

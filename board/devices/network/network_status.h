@@ -25,6 +25,9 @@ Status ParseStatus(const std::string& text);
 /// Whether programs take networking for ready.
 bool IsReady(const Status& status);
 
+/// The name of the status file in the board's folder.
+inline constexpr char kStatusFile[] = "network_status";
+
 /// The status file itself. Programs may write it as well, so what it says is read from it.
 class StatusFile {
  public:

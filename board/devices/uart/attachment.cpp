@@ -134,7 +134,9 @@ bool Attachment::ReadInput() {
     return true;
   }
   to_wire_.resize(leave);
-  send(wire_.get(), to_wire_.data(), to_wire_.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+  // Who leaves does not wait until the program reads. What has no room is lost with the wire.
+  static_cast<void>(
+      send(wire_.get(), to_wire_.data(), to_wire_.size(), MSG_DONTWAIT | MSG_NOSIGNAL));
   return false;
 }
 

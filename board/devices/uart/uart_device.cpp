@@ -14,6 +14,7 @@
 #include "devices/uart/uart_port.h"
 #include "devices/uart/wire_socket.h"
 #include "host/error.h"
+#include "host/json_text.h"
 #include "host/text.h"
 
 namespace kestrel::board::uart {
@@ -96,7 +97,7 @@ class UartDevice : public Device {
   }
 
   json Control(const json& request) override {
-    Line& line = CheckedLine(request.at("port").get<int>());
+    Line& line = CheckedLine(IntegerIn<int>(request, "port"));
     SettingNames forgotten =
         request.value("keep_all", false) ? SettingNames() : line.port->forgotten();
     forgotten.merge(request.value("forget", SettingNames()));
@@ -105,7 +106,7 @@ class UartDevice : public Device {
   }
 
   json Attach(const json& request, UniqueFd* descriptor) override {
-    Line& line = CheckedLine(request.at("port").get<int>());
+    Line& line = CheckedLine(IntegerIn<int>(request, "port"));
     if (line.other_end.has_value() || line.socket != nullptr) {
       throw BoardError(line.port->path() + ": the other end of its wire is taken: " +
                        OtherEnd(line).get<std::string>());

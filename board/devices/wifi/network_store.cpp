@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "devices/wifi/network_store.h"
 
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -16,8 +15,8 @@
 #include "config/config_reader.h"
 #include "devices/wifi/wifi_text.h"
 #include "host/error.h"
+#include "host/file_replacement.h"
 #include "host/json_text.h"
-#include "host/unique_fd.h"
 
 namespace kestrel::board::wifi {
 namespace {
@@ -45,20 +44,6 @@ void Read(ConfigReader& reader, StoredNetwork& network) {
     }
   }
   reader.RefuseUnknownKeys();
-}
-
-/// Writes all of a file, which only its user can read, at once. False when that fails.
-bool Replace(const std::string& path, const std::string& content) {
-  const std::string complete = path + ".new";
-  const UniqueFd file(
-      open(complete.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
-  const bool written = file.valid() && write(file.get(), content.data(), content.size()) ==
-                                           static_cast<ssize_t>(content.size());
-  if (written && rename(complete.c_str(), path.c_str()) == 0) {
-    return true;
-  }
-  unlink(complete.c_str());
-  return false;
 }
 
 StoredNetwork& AddTo(std::list<StoredNetwork>& networks) {
@@ -107,7 +92,8 @@ bool NetworkStore::Save() const {
   if (networks.empty()) {
     return unlink(file_.c_str()) == 0 || errno == ENOENT;
   }
-  return Replace(file_, ToText({{kNetworksKey, networks}}, 2) + "\n");
+  // Only the user may read it: passphrases stand in it.
+  return ReplaceFile(file_, ToText({{kNetworksKey, networks}}, 2) + "\n", S_IRUSR | S_IWUSR);
 }
 
 void NetworkStore::Load() {

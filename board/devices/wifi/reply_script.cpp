@@ -8,6 +8,7 @@
 #include "config/config_file.h"
 #include "host/error.h"
 #include "host/hex_text.h"
+#include "host/json_text.h"
 
 namespace kestrel::board::wifi {
 namespace {
@@ -141,11 +142,15 @@ std::vector<ReplyRule> RulesFromJson(const json& rules) {
   for (const json& entry : rules) {
     ReplyRule rule;
     rule.command = bytes(entry.at("command"));
-    rule.action = entry.at("action").get<Action>();
+    rule.action = static_cast<Action>(IntegerIn<uint8_t>(entry, "action"));
     rule.reply = bytes(entry.at("reply"));
-    rule.repeat = entry.at("repeat").get<uint64_t>();
-    rule.delay = std::chrono::milliseconds(entry.at("delay").get<int64_t>());
-    rule.count = entry.at("count").get<uint64_t>();
+    rule.repeat = IntegerIn<uint32_t>(entry, "repeat");
+    rule.delay = std::chrono::milliseconds(IntegerIn<uint32_t>(entry, "delay"));
+    rule.count = IntegerIn<uint32_t>(entry, "count");
+    if (*NameOf(rule.action) == '\0' || rule.delay.count() > kLongestDelay ||
+        rule.reply.size() * rule.repeat > kLongestReply || rule.repeat > kLongestReply) {
+      throw UsageError("a rule of the script is not as a file may have it");
+    }
     list.push_back(rule);
   }
   return list;

@@ -23,6 +23,10 @@ Supplicant::Supplicant(EventLoop& loop, const Durations& durations, Air& air, Ne
       scan_timer_(loop),
       link_timer_(loop) {
   air_.SetListener([this] { AirChanged(); });
+  Begin();
+}
+
+void Supplicant::Begin() {
   if (!store_.networks().empty()) {
     Reconsider();
   }
@@ -115,6 +119,18 @@ void Supplicant::Reload() {
   store_.Load();
   pauses_.clear();
   Leave();
+}
+
+void Supplicant::Restart() {
+  store_.Load();
+  scan_timer_.Stop();
+  link_timer_.Stop();
+  scan_results_.clear();
+  pauses_.clear();
+  state_ = State::kDisconnected;
+  current_ = -1;
+  held_ = false;
+  Begin();
 }
 
 void Supplicant::AirChanged() {

@@ -59,6 +59,9 @@ class Supplicant {
   void Reconnect();
   /// Reads the stored networks anew. Throws UsageError.
   void Reload();
+  /// Becomes a daemon that has just been started: it knows what has been saved, and nothing else.
+  /// The address stays, which is not its own but the interface's. Throws UsageError.
+  void Restart();
 
  private:
   enum class State { kDisconnected, kInactive, kSearching, kAuthenticating, kCompleted };
@@ -67,6 +70,7 @@ class Supplicant {
     const AccessPoint* point = nullptr;
   };
 
+  void Begin();
   void EndScan();
   void AirChanged();
   /// Looks for a network to join unless it has one.

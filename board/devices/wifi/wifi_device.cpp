@@ -17,6 +17,8 @@
 #include "devices/wifi/wifi_log.h"
 #include "devices/wifi/wifi_text.h"
 #include "host/error.h"
+#include "host/file_replacement.h"
+#include "host/json_text.h"
 
 namespace kestrel::board::wifi {
 namespace {
@@ -25,6 +27,10 @@ using nlohmann::json;
 
 constexpr char kSocketPath[] = "/var/volatile/tmp/wlan0_request_socket";
 
+/// In the board's folder.
+constexpr char kSocketFile[] = "wifi";
+constexpr char kNetworksFile[] = "wifi-networks.json";
+
 /// Where the networks of a board are kept. Those of a board that was given a name lie beside its
 /// folder, which goes when the board stops, and no board's name begins with a dot.
 std::string NetworksFile(const WifiConfig& config, const BoardPlace& place) {
@@ -32,10 +38,27 @@ std::string NetworksFile(const WifiConfig& config, const BoardPlace& place) {
     return std::filesystem::absolute(*config.networks_file);
   }
   if (place.given_name.empty()) {
-    return place.folder + "/wifi-networks.json";
+    return place.folder + "/" + kNetworksFile;
   }
   const std::filesystem::path boards = std::filesystem::path(place.folder).parent_path();
   return boards / (".wifi-networks-" + place.given_name + ".json");
+}
+
+/// In dBm. Throws UsageError.
+int SignalIn(const json& request) {
+  const int signal = IntegerIn<int>(request, "signal");
+  if (signal < -128 || signal > 127) {
+    throw UsageError("a signal has -128 to 127 dBm");
+  }
+  return signal;
+}
+
+const Security* CheckedSecurity(const std::string& name) {
+  const Security* security = FindSecurity(name);
+  if (security == nullptr) {
+    throw UsageError("no security is called '" + name + "'");
+  }
+  return security;
 }
 
 json Masked(bool has_key) { return has_key ? json(kMask) : json(nullptr); }
@@ -72,9 +95,9 @@ class WifiDevice : public Device {
         supplicant_(loop, config.durations, air_, store_),
         commands_(supplicant_, store_, config.ip_address),
         script_(std::move(config.rules)),
-        socket_(loop, place.folder + "/wifi", [this](const std::string& command, pid_t client) {
-          return Handle(command, client);
-        }) {
+        socket_(
+            loop, place.folder + "/" + kSocketFile,
+            [this](const std::string& command, pid_t client) { return Handle(command, client); }) {
     socket_.Become(config.daemon);
   }
 
@@ -118,7 +141,7 @@ class WifiDevice : public Device {
       air_.Remove(request.at("remove").get<std::string>());
     }
     if (request.contains("signal")) {
-      air_.SetSignal(request.at("of").get<std::string>(), request.at("signal").get<int>());
+      air_.SetSignal(request.at("of").get<std::string>(), SignalIn(request));
     }
     return Show();
   }
@@ -129,8 +152,7 @@ class WifiDevice : public Device {
       throw UsageError("the daemon is running, refusing or absent");
     }
     if (*presence == DaemonSocket::Presence::kListening && socket_.presence() != *presence) {
-      // One that starts knows only what has been saved.
-      supplicant_.Reload();
+      supplicant_.Restart();
     }
     socket_.Become(*presence);
   }
@@ -139,9 +161,9 @@ class WifiDevice : public Device {
     AccessPoint point;
     point.name = request.at("name").get<std::string>();
     point.bssid = request.at("bssid").get<std::string>();
-    point.security = FindSecurity(request.at("security").get<std::string>());
-    point.frequency = FrequencyOf(request.at("channel").get<int>());
-    point.signal = request.at("signal").get<int>();
+    point.security = CheckedSecurity(request.at("security").get<std::string>());
+    point.frequency = FrequencyOf(IntegerIn<int>(request, "channel"));
+    point.signal = SignalIn(request);
     point.hidden = request.at("hidden").get<bool>();
     point.passphrase = request.at("passphrase").get<std::string>();
     const std::string problem = CheckAccessPoint(point);
@@ -258,6 +280,7 @@ DeviceKind Kind() {
   };
   kind.print = PrintState;
   kind.add_commands = AddWifiCommand;
+  kind.files = {kSocketFile, kNetworksFile, std::string(kNetworksFile) + kReplacementSuffix};
   kind.options = {{"--wifi-script", "FILE",
                    "what the Wi-Fi daemon replies to which commands, a *.toml or *.json file",
                    [](const std::string& path) { return ScriptRequest(ReadScriptFile(path)); }}};
