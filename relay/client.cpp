@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "command_filter.h"
+
 namespace kestrel::relay {
 namespace {
 
@@ -18,45 +20,52 @@ constexpr size_t kLongestCommand = 4096;
 
 constexpr char kFailure[] = "FAIL\n";
 
+/// A client can make up any number of names of commands.
+constexpr size_t kMostComplaints = 16;
+
 /// How often the relay looks whether a supplicant that owes an answer is still there.
 constexpr std::chrono::milliseconds kProbeInterval{200};
 
-std::string PeerOf(int connection) {
-  ucred peer{};
-  socklen_t length = sizeof peer;
-  const bool told = getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0;
-  return told ? "process " + std::to_string(peer.pid) : "a process";
+std::string TooLong() {
+  return "has sent a command of more than " + std::to_string(kLongestCommand) + " bytes";
 }
 
-/// An empty command and the end of a connection are both read as nothing.
-bool HasHungUp(int connection) {
-  pollfd watched = {connection, POLLRDHUP, 0};
-  return poll(&watched, 1, 0) == 1 && (watched.revents & (POLLRDHUP | POLLHUP | POLLERR)) != 0;
+/// Whether one of the given events, or the end of the connection, has come.
+bool HasEvent(int connection, short events) {
+  pollfd watched = {connection, events, 0};
+  return poll(&watched, 1, 0) == 1;
 }
 
 }  // namespace
 
 Client::Client(board::EventLoop& loop, board::UniqueFd connection, Supplicant& supplicant,
-               std::chrono::milliseconds timeout, const Log& log, std::function<void()> leave)
+               const Options& options, LimitedLog& log, std::function<void()> leave)
     : loop_(loop),
       connection_(std::move(connection)),
       supplicant_(supplicant),
-      timeout_(timeout),
+      options_(options),
       log_(log),
       leave_(std::move(leave)),
-      name_(PeerOf(connection_.get())),
+      peer_(Peer::Of(connection_.get())),
+      name_(peer_.Name()),
       deadline_(loop),
       probe_(loop) {
-  log_.Debug(name_ + " has connected");
+  log_.Debug(Topic::kConnections, name_ + " has connected");
   AwaitCommand();
 }
 
 Client::~Client() {
-  log_.Debug(name_ + " has left");
+  if (untold_complaints_ > 0) {
+    log_.Warning(Topic::kRefusals, name_ + " has sent more commands that were refused: " +
+                                       std::to_string(untold_complaints_));
+  }
+  log_.Debug(Topic::kConnections, name_ + " has left");
   ForgetCommand();
   CloseLink();
   loop_.Unwatch(connection_.get());
 }
+
+bool Client::HasGone() const { return HasEvent(connection_.get(), 0); }
 
 void Client::AwaitCommand() {
   loop_.Watch(connection_.get(), [this] { ReceiveCommand(); });
@@ -69,32 +78,57 @@ void Client::ReceiveCommand() {
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
     return;
   }
-  if (size < 0 || (size == 0 && HasHungUp(connection_.get()))) {
+  // An empty command and the end of a connection are both read as nothing.
+  if (size < 0 || (size == 0 && HasEvent(connection_.get(), POLLRDHUP))) {
     leave_();
     return;
   }
   command_.assign(buffer.data(),
                   strnlen(buffer.data(), std::min(static_cast<size_t>(size), buffer.size())));
   explicit_bzero(buffer.data(), buffer.size());
-  if (static_cast<size_t>(size) > buffer.size() || command_.size() > kLongestCommand) {
+  const bool is_cut = static_cast<size_t>(size) > buffer.size();
+  const std::string complaint = is_cut ? TooLong() : WhyRefused();
+  if (!complaint.empty()) {
     ForgetCommand();
-    log_.Warning(name_ + " has sent a command of more than " + std::to_string(kLongestCommand) +
-                 " bytes");
+    WarnOnce(complaint);
     return Reply(kFailure);
   }
   Begin();
 }
 
+std::string Client::WhyRefused() const {
+  if (command_.size() > kLongestCommand) {
+    return TooLong();
+  }
+  switch (options_.allow_all ? Verdict::kAllowed : Judge(command_)) {
+    case Verdict::kAllowed:
+      return "";
+    case Verdict::kUnknownCommand:
+      return "has sent " + NameOf(command_) + ", which libkestrel never sends: refused";
+    case Verdict::kOtherForm:
+      return "has sent " + NameOf(command_) + " in a form that libkestrel never sends: refused";
+  }
+  return "";
+}
+
+void Client::WarnOnce(const std::string& complaint) {
+  if (complaints_.size() < kMostComplaints && complaints_.insert(complaint).second) {
+    log_.Warning(Topic::kRefusals, name_ + " " + complaint);
+  } else {
+    ++untold_complaints_;
+  }
+}
+
 void Client::Begin() {
   command_name_ = NameOf(command_);
-  log_.Debug(name_ + ": " + command_name_);
+  log_.Debug(Topic::kCommands, name_ + ": " + command_name_);
   // Not for commands, but the end of the connection is told all the same.
   loop_.WatchFor(connection_.get(), 0, [this](short events) {
     if ((events & (POLLHUP | POLLERR)) != 0) {
       leave_();
     }
   });
-  deadline_.Start(timeout_, [this] { Fail("it does not answer"); });
+  deadline_.Start(options_.Timeout(), [this] { Fail("it does not answer"); });
   link_is_new_ = false;
   if (link_ == nullptr) {
     return SendCommandAnew();
@@ -161,7 +195,7 @@ void Client::Answer(const std::string& reply) {
 }
 
 void Client::Fail(const std::string& reason) {
-  log_.Debug(name_ + ": " + command_name_ + " has failed: " + reason);
+  log_.Debug(Topic::kFailures, name_ + ": " + command_name_ + " has failed: " + reason);
   supplicant_.NoteLoss(reason);
   ForgetCommand();
   CloseLink();
@@ -178,8 +212,8 @@ void Client::Reply(const std::string& reply) {
   if (errno != EAGAIN) {
     return leave_();
   }
-  deadline_.Start(timeout_, [this] {
-    log_.Warning(name_ + " does not read its replies");
+  deadline_.Start(options_.Timeout(), [this] {
+    log_.Warning(Topic::kUnreadReplies, name_ + " does not read its replies");
     leave_();
   });
   loop_.WatchFor(connection_.get(), POLLOUT, [this, reply](short) { Reply(reply); });

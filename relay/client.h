@@ -2,15 +2,17 @@
 #ifndef KESTREL_RELAY_CLIENT_H
 #define KESTREL_RELAY_CLIENT_H
 
-#include <chrono>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "host/event_loop.h"
 #include "host/timer.h"
 #include "host/unique_fd.h"
-#include "log.h"
+#include "limited_log.h"
+#include "options.h"
+#include "peer.h"
 #include "supplicant.h"
 #include "supplicant_link.h"
 
@@ -23,10 +25,14 @@ class Client {
  public:
   /// `leave` is called when the client is to be removed.
   Client(board::EventLoop& loop, board::UniqueFd connection, Supplicant& supplicant,
-         std::chrono::milliseconds timeout, const Log& log, std::function<void()> leave);
+         const Options& options, LimitedLog& log, std::function<void()> leave);
   ~Client();
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
+
+  const Peer& peer() const { return peer_; }
+  /// Whether the program has closed the connection. What it still had to say is of no use to it.
+  bool HasGone() const;
 
  private:
   // In the order in which they happen.
@@ -42,6 +48,11 @@ class Client {
   void Fail(const std::string& reason);
   void Reply(const std::string& reply);
 
+  /// Why the command is not passed on; empty when it is.
+  std::string WhyRefused() const;
+  /// Warns once of each complaint about this client, and counts the rest.
+  void WarnOnce(const std::string& complaint);
+
   void WatchLink(short events, std::function<void()> callback);
   /// The reply to a command that was given up may still come; it must find nobody.
   void CloseLink();
@@ -50,10 +61,13 @@ class Client {
   board::EventLoop& loop_;
   board::UniqueFd connection_;
   Supplicant& supplicant_;
-  std::chrono::milliseconds timeout_;
-  const Log& log_;
+  const Options& options_;
+  LimitedLog& log_;
   std::function<void()> leave_;
-  std::string name_;
+  const Peer peer_;
+  const std::string name_;
+  std::set<std::string> complaints_;
+  size_t untold_complaints_ = 0;
 
   std::unique_ptr<SupplicantLink> link_;
   bool link_is_new_ = false;  ///< just opened: when it fails, another one would

@@ -6,23 +6,30 @@
 
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "host/error.h"
 #include "host/event_loop.h"
 #include "host/unique_fd.h"
 #include "log.h"
 #include "options.h"
+#include "path_safety.h"
 #include "relay.h"
 #include "service_manager.h"
 
 namespace {
 
+using kestrel::board::BoardError;
 using kestrel::board::EventLoop;
 using kestrel::board::UniqueFd;
+using kestrel::relay::GroupWriting;
 using kestrel::relay::Log;
 using kestrel::relay::Options;
 using kestrel::relay::Relay;
+using kestrel::relay::RisksOf;
 using kestrel::relay::TellServiceManager;
 
 constexpr int kUsageStatus = 2;
@@ -56,13 +63,48 @@ UniqueFd TakeSignals() {
   return descriptor;
 }
 
+/// Programs tell their passphrases to whoever listens at the socket, and the relay tells them to
+/// whoever receives at the supplicant's.
+std::vector<std::string> RisksOf(const Options& options) {
+  const auto folder_of = [](const std::string& path) {
+    return std::filesystem::path(path).parent_path().string();
+  };
+  std::vector<std::string> texts;
+  const auto add = [&texts](const std::vector<std::string>& risks, const std::string& path) {
+    const std::string could = "others could take the place of " + path + ": ";
+    for (const std::string& risk : risks) {
+      texts.push_back(could);
+      texts.back() += risk;
+    }
+  };
+  add(RisksOf(folder_of(options.socket_path)), options.socket_path);
+  add(RisksOf(options.client_folder), options.client_folder);
+  // The supplicant gives its folder to the group that may use it.
+  add(RisksOf(folder_of(options.supplicant_path), GroupWriting::kIsIntended),
+      options.supplicant_path);
+  return texts;
+}
+
+void CheckPaths(const Options& options, const Log& log) {
+  for (const std::string& risk : RisksOf(options)) {
+    if (options.strict) {
+      throw BoardError(risk + " (--strict)");
+    }
+    log.Warning(risk);
+  }
+}
+
 void Serve(const Options& options, const Log& log) {
+  CheckPaths(options, log);
   EventLoop loop;
   const UniqueFd signals = TakeSignals();
   loop.Watch(signals.get(), [&loop] { loop.Stop(); });
   const Relay relay(loop, options, log);
   log.Info("listening at " + options.socket_path + " for the supplicant at " +
            options.supplicant_path);
+  if (options.allow_all) {
+    log.Warning("every program that may connect may do all that the supplicant can (--allow-all)");
+  }
   TellServiceManager("READY=1");
   loop.Run();
   TellServiceManager("STOPPING=1");

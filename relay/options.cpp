@@ -72,11 +72,19 @@ void AddOptions(CLI::App& app, Options& options) {
       ->type_name("N")
       ->check(Between<size_t>(1, 256, "1 to 256"))
       ->capture_default_str();
+  app.add_option("--clients-per-user", options.most_clients_per_user,
+                 "how many of them may belong to one user (default: three quarters)")
+      ->type_name("N")
+      ->check(Between<size_t>(1, 256, "1 to 256"));
   app.add_option("--timeout", options.timeout_seconds,
                  "how long the supplicant may take for an answer")
       ->type_name("SECONDS")
       ->check(Between(0.01, 3600.0, "0.01 to 3600"))
       ->capture_default_str();
+  app.add_flag("--allow-all", options.allow_all,
+               "pass every command on, not only those that libkestrel sends");
+  app.add_flag("--strict", options.strict,
+               "do not start where others could take the place of a socket");
   app.add_flag("-v,--verbose", options.verbose, "tell of every client and the names of commands");
 }
 

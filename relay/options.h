@@ -19,10 +19,17 @@ struct Options {
   std::string mode = "0660";
   std::string group;
   size_t most_clients = 64;
+  size_t most_clients_per_user = 0;  ///< 0: as many as leave room for others
   double timeout_seconds = 10;
+  bool allow_all = false;
+  bool strict = false;
   bool verbose = false;
 
   mode_t Mode() const { return static_cast<mode_t>(std::stoul(mode, nullptr, 8)); }
+  /// By default three quarters, so that no user can take all places.
+  size_t MostClientsPerUser() const {
+    return most_clients_per_user != 0 ? most_clients_per_user : (3 * most_clients + 3) / 4;
+  }
   std::chrono::milliseconds Timeout() const {
     return std::chrono::milliseconds(static_cast<int64_t>(timeout_seconds * 1000));
   }

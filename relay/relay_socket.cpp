@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "relay_socket.h"
 
-#include <fcntl.h>
 #include <grp.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 
 #include "host/error.h"
@@ -21,41 +18,6 @@ using board::BoardError;
 using board::ThrowErrno;
 using board::UniqueFd;
 
-std::string LockPathOf(const std::string& path) { return path + ".lock"; }
-
-/// Whether the file is still the one that is found at the path.
-bool IsAt(int descriptor, const std::string& path) {
-  struct stat held {};
-  struct stat found {};
-  return fstat(descriptor, &held) == 0 && stat(path.c_str(), &found) == 0 &&
-         held.st_dev == found.st_dev && held.st_ino == found.st_ino;
-}
-
-/// In a folder where others may write, somebody may have put a link to a file of ours.
-void CheckIsOwn(int descriptor, const std::string& path) {
-  struct stat file {};
-  if (fstat(descriptor, &file) != 0) {
-    ThrowErrno(path);
-  }
-  if (!S_ISREG(file.st_mode) || file.st_nlink > 1 || file.st_uid != geteuid()) {
-    throw BoardError(path + ": is no lock of a relay of this user");
-  }
-}
-
-std::string Content(int descriptor) {
-  std::array<char, 16> buffer;
-  const ssize_t size = pread(descriptor, buffer.data(), buffer.size(), 0);
-  return {buffer.data(), size > 0 ? static_cast<size_t>(size) : 0};
-}
-
-void WriteProcess(int descriptor, const std::string& path) {
-  const std::string process = std::to_string(getpid());
-  if (ftruncate(descriptor, 0) != 0 || pwrite(descriptor, process.data(), process.size(), 0) !=
-                                           static_cast<ssize_t>(process.size())) {
-    ThrowErrno(path);
-  }
-}
-
 /// Makes room at the path, which nobody else who keeps to the lock uses.
 void RemoveStaleSocket(const std::string& path) {
   struct stat file {};
@@ -65,12 +27,7 @@ void RemoveStaleSocket(const std::string& path) {
   if (!S_ISSOCK(file.st_mode)) {
     throw BoardError(path + ": is there already, and no socket");
   }
-  const UnixAddress address(path);
-  const UniqueFd probe(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  if (!probe.valid()) {
-    ThrowErrno(path);
-  }
-  if (connect(probe.get(), address.get(), UnixAddress::size()) == 0 || errno != ECONNREFUSED) {
+  if (HasListener(path, SOCK_SEQPACKET)) {
     throw BoardError(path + ": another program listens there");
   }
   if (unlink(path.c_str()) != 0) {
@@ -112,30 +69,6 @@ UniqueFd Bind(const std::string& path, mode_t mode) {
 }
 
 }  // namespace
-
-PathLock::PathLock(const std::string& served_path) : path_(LockPathOf(served_path)) {
-  // One that ends may remove the file between its being opened and locked here.
-  while (!TryTake(served_path)) {
-  }
-  WriteProcess(file_.get(), path_);
-}
-
-bool PathLock::TryTake(const std::string& served_path) {
-  file_ = UniqueFd(open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644));
-  if (!file_.valid()) {
-    ThrowErrno(path_);
-  }
-  CheckIsOwn(file_.get(), path_);
-  if (flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
-    if (errno != EWOULDBLOCK) {
-      ThrowErrno(path_);
-    }
-    throw BoardError(served_path + ": a relay serves it already, process " + Content(file_.get()));
-  }
-  return IsAt(file_.get(), path_);
-}
-
-PathLock::~PathLock() { unlink(path_.c_str()); }
 
 RelaySocket::RelaySocket(const std::string& path, mode_t mode, const std::string& group)
     : path_(path), lock_(path) {

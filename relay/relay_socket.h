@@ -7,25 +7,9 @@
 #include <string>
 
 #include "host/unique_fd.h"
+#include "path_lock.h"
 
 namespace kestrel::relay {
-
-/// The right to serve a path, which one process has at a time: a locked file beside it, in which is
-/// the number of the process. Removed at the end.
-class PathLock {
- public:
-  /// Throws BoardError when another relay has it.
-  explicit PathLock(const std::string& served_path);
-  ~PathLock();
-  PathLock(const PathLock&) = delete;
-  PathLock& operator=(const PathLock&) = delete;
-
- private:
-  bool TryTake(const std::string& served_path);
-
-  std::string path_;
-  board::UniqueFd file_;
-};
 
 /// The socket where programs connect, removed at the end. From the first moment on it has the mode
 /// and the group that it is to have.

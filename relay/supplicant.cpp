@@ -28,14 +28,15 @@ std::unique_ptr<SupplicantLink> Supplicant::Open() {
 
 void Supplicant::NoteAnswer() {
   if (lost_) {
-    log_.Info("the supplicant at " + path_ + " answers again");
+    log_.Info(Topic::kSupplicant, "the supplicant at " + path_ + " answers again");
   }
   lost_ = false;
 }
 
 void Supplicant::NoteLoss(const std::string& reason) {
   if (!lost_) {
-    log_.Warning("the supplicant at " + path_ + " cannot be reached: " + reason);
+    log_.Warning(Topic::kSupplicant,
+                 "the supplicant at " + path_ + " cannot be reached: " + reason);
   }
   lost_ = true;
 }

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "log.h"
+#include "limited_log.h"
 #include "supplicant_link.h"
 
 namespace kestrel::relay {
@@ -15,7 +15,7 @@ namespace kestrel::relay {
 /// each, however often clients ask.
 class Supplicant {
  public:
-  Supplicant(std::string path, std::string client_folder, const Log& log)
+  Supplicant(std::string path, std::string client_folder, LimitedLog& log)
       : path_(std::move(path)), client_folder_(std::move(client_folder)), log_(log) {}
 
   /// Null when the supplicant cannot be reached.
@@ -27,7 +27,7 @@ class Supplicant {
  private:
   std::string path_;
   std::string client_folder_;
-  const Log& log_;
+  LimitedLog& log_;
   bool lost_ = false;
 };
 

@@ -12,7 +12,6 @@
 #include <regex>
 #include <utility>
 
-#include "host/unique_fd.h"
 #include "unix_address.h"
 
 namespace kestrel::relay {
@@ -31,19 +30,12 @@ bool IsEvent(const std::string& text) {
   return text.compare(0, 1, "<") == 0 || text.compare(0, 7, "IFNAME=") == 0;
 }
 
-/// Whether somebody receives at a datagram socket. Only a refusal tells that nobody does.
-bool HasReceiver(const std::string& path) {
-  const UnixAddress address(path);
-  const board::UniqueFd probe(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-  return !probe.valid() || connect(probe.get(), address.get(), UnixAddress::size()) == 0 ||
-         (errno != ECONNREFUSED && errno != ENOENT);
-}
-
 bool IsDeadLink(const fs::directory_entry& entry) {
   static const std::regex name(R"(wpa_ctrl_\d+-\d+)");
   std::error_code gone;
   return std::regex_match(entry.path().filename().string(), name) &&
-         entry.symlink_status(gone).type() == fs::file_type::socket && !HasReceiver(entry.path());
+         entry.symlink_status(gone).type() == fs::file_type::socket &&
+         !HasListener(entry.path(), SOCK_DGRAM);
 }
 
 }  // namespace
@@ -96,7 +88,7 @@ bool SupplicantLink::LeadsSomewhere() const {
   struct stat file {};
   return stat(path_.c_str(), &file) == 0 && file.st_dev == file_.st_dev &&
          file.st_ino == file_.st_ino && file.st_mtim.tv_sec == file_.st_mtim.tv_sec &&
-         file.st_mtim.tv_nsec == file_.st_mtim.tv_nsec && HasReceiver(path_);
+         file.st_mtim.tv_nsec == file_.st_mtim.tv_nsec && HasListener(path_, SOCK_DGRAM);
 }
 
 int RemoveDeadLinks(const std::string& client_folder) {

@@ -27,6 +27,9 @@ class UnixAddress {
   sockaddr_un address_{};
 };
 
+/// Whether somebody has a socket of this type at the path. Only a refusal tells that nobody has.
+bool HasListener(const std::string& path, int type);
+
 }  // namespace kestrel::relay
 
 #endif  // KESTREL_RELAY_UNIX_ADDRESS_H

@@ -17,9 +17,8 @@ TEST_F(RelayExchange, PassesCommandsWithoutTheirNulAndRepliesAsTheyAre) {
   Start();
   const Program program(socket_path_);
   ExpectExchange(program, "LIST_NETWORKS", "network id / ssid / bssid / flags\n");
-  ExpectExchange(program, "SET_NETWORK 0 ssid \"two words\\ \xc3\xa9\"", "OK\n");
+  ExpectExchange(program, R"(SET_NETWORK 0 ssid "two words\")", "OK\n");
   ExpectExchange(program, "GET_NETWORK 0 ssid", std::string("\"a\0b\"", 5));
-  ExpectExchange(program, "", "UNKNOWN COMMAND\n");
   ExpectExchange(program, "SAVE_CONFIG", "FAIL\n");
 }
 
@@ -41,8 +40,8 @@ TEST_F(RelayExchange, CommandEndsAtItsFirstNulOrWithoutAny) {
   EXPECT_EQ(program.Receive(), "2");
   // Read as the end of a connection is.
   program.SendBytes("");
-  supplicant_->Expect("", "3");
-  EXPECT_EQ(program.Receive(), "3");
+  EXPECT_EQ(program.Receive(), "FAIL\n");
+  ExpectExchange(program, "STATUS", "4");
 }
 
 TEST_F(RelayExchange, PassesLongRepliesWhole) {
@@ -61,7 +60,7 @@ TEST_F(RelayExchange, CutsRepliesThatNoSupplicantSends) {
 }
 
 TEST_F(RelayExchange, PassesTheLongestCommandAndRefusesLongerOnes) {
-  Start();
+  Start({"--allow-all"});
   const Program program(socket_path_);
   ExpectExchange(program, std::string(4096, 'A'), "OK\n");
   program.Send(std::string(4097, 'B'));
@@ -79,17 +78,17 @@ TEST_F(RelayExchange, NextCommandWaitsForTheReply) {
   Start();
   const Program program(socket_path_);
   const Program other(socket_path_);
-  program.Send("FIRST");
-  program.Send("SECOND");
+  program.Send("SCAN");
+  program.Send("SCAN_RESULTS");
   const std::optional<Command> first = supplicant_->Receive();
   ASSERT_TRUE(first.has_value());
-  EXPECT_EQ(first->text, "FIRST");
-  // Were SECOND on its way, it would come before these.
-  ExpectExchange(other, "OTHER", "1");
-  ExpectExchange(other, "OTHER", "2");
+  EXPECT_EQ(first->text, "SCAN");
+  // Were the second on its way, it would come before these.
+  ExpectExchange(other, "LIST_NETWORKS", "1");
+  ExpectExchange(other, "LIST_NETWORKS", "2");
   supplicant_->Send(first->sender, "reply to first");
   EXPECT_EQ(program.Receive(), "reply to first");
-  supplicant_->Expect("SECOND", "reply to second");
+  supplicant_->Expect("SCAN_RESULTS", "reply to second");
   EXPECT_EQ(program.Receive(), "reply to second");
 }
 
@@ -97,9 +96,9 @@ TEST_F(RelayExchange, ClientsAreKeptApart) {
   Start();
   const Program one(socket_path_);
   const Program two(socket_path_);
-  one.Send("ONE");
+  one.Send("STATUS");
   const std::optional<Command> first = supplicant_->Receive();
-  two.Send("TWO");
+  two.Send("SCAN");
   const std::optional<Command> second = supplicant_->Receive();
   ASSERT_TRUE(first.has_value() && second.has_value());
   EXPECT_NE(first->sender, second->sender);
@@ -110,7 +109,7 @@ TEST_F(RelayExchange, ClientsAreKeptApart) {
 }
 
 TEST_F(RelayExchange, EventsAreNoReplies) {
-  Start();
+  Start({"--allow-all"});
   const Program program(socket_path_);
   program.Send("ATTACH");
   const std::optional<Command> attach = supplicant_->Receive();
@@ -126,22 +125,22 @@ TEST_F(RelayExchange, EventsAreNoReplies) {
 TEST_F(RelayExchange, WhatComesBetweenCommandsIsNoReplyToTheNext) {
   Start();
   const Program program(socket_path_);
-  program.Send("FIRST");
+  program.Send("SCAN");
   const std::optional<Command> first = supplicant_->Receive();
   ASSERT_TRUE(first.has_value());
   supplicant_->Send(first->sender, "reply to first");
   supplicant_->Send(first->sender, "more of it");
   EXPECT_EQ(program.Receive(), "reply to first");
-  ExpectExchange(program, "SECOND", "reply to second");
+  ExpectExchange(program, "SCAN_RESULTS", "reply to second");
 }
 
 TEST_F(RelayExchange, LinkIsKeptFromOneCommandToTheNext) {
   Start();
   const Program program(socket_path_);
-  ExpectExchange(program, "ONE", "1");
+  ExpectExchange(program, "STATUS", "1");
   const Words links = Links();
   EXPECT_THAT(links, SizeIs(1));
-  ExpectExchange(program, "TWO", "2");
+  ExpectExchange(program, "SCAN", "2");
   EXPECT_EQ(Links(), links);
 }
 
@@ -186,7 +185,7 @@ TEST_F(RelayExchange, ProgramThatDoesNotReadItsRepliesIsSentAway) {
   }
   int answered = 0;
   pollfd ends[] = {{supplicant_->descriptor(), POLLIN, 0}, {program.descriptor(), 0, 0}};
-  while (poll(ends, 2, 20000) > 0 && ends[1].revents == 0) {
+  while (answered < kCommands && poll(ends, 2, 20000) > 0 && ends[1].revents == 0) {
     supplicant_->Expect("SCAN_RESULTS", std::string(8192, 'x'));
     ++answered;
   }

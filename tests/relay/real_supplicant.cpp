@@ -78,7 +78,7 @@ RealSupplicant::RealSupplicant() {
 
 RealSupplicant::~RealSupplicant() {
   relay_->Signal(SIGTERM);
-  const ProgramResult result = relay_->Wait();
+  const ProgramResult result = relay_->Wait(kPatience);
   EXPECT_EQ(result.status, 0) << result.standard_error;
   if (supplicant_ != nullptr) {
     EndSupplicant(SIGTERM);

@@ -174,13 +174,19 @@ TEST_F(RealSupplicant, MayBeKilledAndComeBack) {
   EXPECT_THAT(SavedNetworks(), IsEmpty());
 }
 
+TEST_F(RealSupplicant, ProgramCannotEndItOrChangeItsSettings) {
+  const Program program("/var/volatile/tmp/wlan0_request_socket");
+  for (const char* const command : {"SET opensc_engine_path /tmp/engine.so", "TERMINATE"}) {
+    program.Send(command);
+    EXPECT_EQ(program.Receive(), "FAIL\n");
+  }
+  EXPECT_EQ(StoreOpen("Attic"), 0);
+}
+
 TEST_F(RealSupplicant, ThatIsToldToEndMayComeBack) {
   EXPECT_EQ(StoreOpen("Attic"), 0);
   EXPECT_EQ(StoreOpen("Cellar"), 0);
-  const Program program("/var/volatile/tmp/wlan0_request_socket");
-  program.Send("TERMINATE");
-  EXPECT_EQ(program.Receive(), "OK\n");
-  AwaitEndOfSupplicant();
+  EndSupplicant(SIGTERM);
   StartSupplicant();
   EXPECT_THAT(Stored(), SizeIs(2));
 }

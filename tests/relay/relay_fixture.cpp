@@ -3,12 +3,24 @@
 
 #include <signal.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <iterator>
 
 namespace kestrel::test {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+/// What a relay gets to end in a test that has failed already.
+constexpr std::chrono::milliseconds kShortestEnd{2000};
+
+}  // namespace
+
+ProgramResult RunBriefly(const std::vector<std::string>& command, const Environment& environment) {
+  return BackgroundProgram(command, environment).Wait(kPatience);
+}
 
 RelayProcess::~RelayProcess() {
   if (relay_ != nullptr) {
@@ -49,7 +61,7 @@ void RelayProcess::AwaitState(const std::string& state) {
 }
 
 ProgramResult RelayProcess::Wait() {
-  ProgramResult result = relay_->Wait(kPatience);
+  ProgramResult result = relay_->Wait(std::max(Patience(), kShortestEnd));
   relay_.reset();
   return result;
 }

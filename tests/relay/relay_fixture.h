@@ -15,6 +15,10 @@
 
 namespace kestrel::test {
 
+/// Runs a program that ends by itself, and soon; kills it otherwise.
+ProgramResult RunBriefly(const std::vector<std::string>& command,
+                         const Environment& environment = {});
+
 /// A relay in a folder of the test's own.
 class RelayProcess : public testing::Test {
  protected:

@@ -19,6 +19,7 @@
 #include "host/error.h"
 #include "support/descriptors.h"
 #include "support/temporary_directory.h"
+#include "unix_address.h"
 
 namespace {
 
@@ -28,7 +29,8 @@ struct Calls {
   int listen_errno = 0;
   int lchown_errno = 0;
   int flock_errno = 0;
-  std::function<void()> before_flock;
+  std::function<void()> before_flock;  ///< the next one
+  std::function<void()> before_each_flock;
   std::optional<gid_t> group;                ///< that lchown was called with
   std::optional<gid_t> group_when_listened;  ///< the one before listen
   std::optional<mode_t> mode_when_listened;
@@ -68,6 +70,9 @@ int flock(int fd, int operation) noexcept {
   if (g_calls.before_flock) {
     std::exchange(g_calls.before_flock, nullptr)();
   }
+  if (g_calls.before_each_flock) {
+    g_calls.before_each_flock();
+  }
   return g_calls.flock_errno != 0 ? FailWith(g_calls.flock_errno)
                                   : Next<int(int, int)>("flock")(fd, operation);
 }
@@ -79,6 +84,18 @@ namespace {
 
 using board::BoardError;
 using testing::Optional;
+
+struct stat StatusOf(const std::string& path) {
+  struct stat file {};
+  EXPECT_EQ(lstat(path.c_str(), &file), 0) << path;
+  return file;
+}
+
+struct stat StatusOfDescriptor(int descriptor) {
+  struct stat file {};
+  EXPECT_EQ(fstat(descriptor, &file), 0);
+  return file;
+}
 
 class RelaySocketTest : public testing::Test {
  protected:
@@ -155,9 +172,62 @@ TEST_F(RelaySocketTest, LockThatIsRemovedWhileItIsTakenIsTakenAnew) {
   close(lock);
 }
 
+TEST_F(RelaySocketTest, LockThatIsRemovedAgainAndAgainIsGivenUp) {
+  g_calls.before_each_flock = [this] { unlink((path_ + ".lock").c_str()); };
+  EXPECT_EQ(FailureOfOpening(), "cannot lock " + path_ + ".lock: somebody keeps removing it");
+}
+
+TEST_F(RelaySocketTest, LockCanBeOpenedByItsUserAlone) {
+  const mode_t umask_before = umask(0);
+  const RelaySocket socket(path_, 0666, "");
+  umask(umask_before);
+  EXPECT_EQ(StatusOf(path_ + ".lock").st_mode & 07777, 0600U);
+}
+
+/// A lock as relays made it before, opened and locked by somebody who may only read it.
+class RelaySocketWithAWideLock : public RelaySocketTest {
+ protected:
+  RelaySocketWithAWideLock() {
+    folder_.Write("socket.lock", "4711");
+    chmod((path_ + ".lock").c_str(), 0644);
+    stranger_ = board::UniqueFd(open((path_ + ".lock").c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(flock(stranger_.get(), LOCK_EX | LOCK_NB), 0);
+  }
+
+  board::UniqueFd stranger_;
+};
+
+TEST_F(RelaySocketWithAWideLock, StrangerCannotKeepTheRelayOut) {
+  const RelaySocket socket(path_, 0660, "");
+  EXPECT_EQ(StatusOf(path_ + ".lock").st_mode & 07777, 0600U);
+  EXPECT_NE(StatusOf(path_ + ".lock").st_ino, StatusOfDescriptor(stranger_.get()).st_ino);
+  // Nor can one who opened it keep the next relay out.
+  EXPECT_EQ(FailureOfOpening(),
+            path_ + ": a relay serves it already, process " + std::to_string(getpid()));
+}
+
+TEST_F(RelaySocketWithAWideLock, StrangerWhoWaitsForItGetsNothing) {
+  ASSERT_EQ(flock(stranger_.get(), LOCK_UN), 0);
+  const RelaySocket socket(path_, 0660, "");
+  // Whoever has the file open would have the lock as soon as the relay is killed.
+  EXPECT_NE(StatusOf(path_ + ".lock").st_ino, StatusOfDescriptor(stranger_.get()).st_ino);
+  EXPECT_EQ(flock(stranger_.get(), LOCK_EX | LOCK_NB), 0);
+}
+
+TEST_F(RelaySocketWithAWideLock, RelayThatListensKeepsItsPlace) {
+  const board::UniqueFd older(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+  const UnixAddress address(path_);
+  ASSERT_EQ(bind(older.get(), address.get(), UnixAddress::size()), 0);
+  ASSERT_EQ(listen(older.get(), 1), 0);
+  EXPECT_EQ(FailureOfOpening(), path_ + ": a relay serves it already, process 4711");
+  EXPECT_EQ(StatusOf(path_ + ".lock").st_ino, StatusOfDescriptor(stranger_.get()).st_ino);
+  unlink(path_.c_str());
+  unlink((path_ + ".lock").c_str());
+}
+
 TEST_F(RelaySocketTest, LockThatIsNoFileIsNone) {
   ASSERT_EQ(mkfifo((path_ + ".lock").c_str(), 0600), 0);
-  EXPECT_EQ(FailureOfOpening(), path_ + ".lock: is no lock of a relay of this user");
+  EXPECT_EQ(FailureOfOpening(), "cannot lock " + path_ + ".lock: it is not a regular file");
   EXPECT_TRUE(std::filesystem::remove(path_ + ".lock"));
 }
 

@@ -37,7 +37,7 @@ class RelayService : public WithSupplicant {
   }
 
   ProgramResult RunAnother() const {
-    return RunProgram(CommandLine(), {{"NOTIFY_SOCKET", ""}, {"JOURNAL_STREAM", ""}});
+    return RunBriefly(CommandLine(), {{"NOTIFY_SOCKET", ""}, {"JOURNAL_STREAM", ""}});
   }
 
   void ExpectFailure(const std::string& line) const {
@@ -135,7 +135,7 @@ TEST_F(RelayService, TwoSocketsHaveARelayEach) {
   ExpectExchange(other, "STATUS", "2");
   ExpectExchange(program, "STATUS", "3");
   second.Signal(SIGTERM);
-  EXPECT_EQ(second.Wait().status, 0);
+  EXPECT_EQ(second.Wait(kPatience).status, 0);
   AwaitState("STOPPING=1");
 }
 
@@ -189,7 +189,7 @@ TEST_F(RelayService, LeavesAloneASocketThatAnotherProgramHas) {
 TEST_F(RelayService, DoesNotWriteIntoFilesThatWereMadeToLookLikeItsLock) {
   const std::string victim = folder_.Write("victim", "precious");
   fs::create_hard_link(victim, socket_path_ + ".lock");
-  ExpectFailure(socket_path_ + ".lock: is no lock of a relay of this user");
+  ExpectFailure("cannot lock " + socket_path_ + ".lock: it has another name, too");
   fs::remove(socket_path_ + ".lock");
   fs::create_symlink(victim, socket_path_ + ".lock");
   ExpectFailure(socket_path_ + ".lock: Too many levels of symbolic links");
@@ -198,26 +198,26 @@ TEST_F(RelayService, DoesNotWriteIntoFilesThatWereMadeToLookLikeItsLock) {
 
 TEST_F(RelayService, LogsInOneLineWhatHasSeveral) {
   const ProgramResult result =
-      RunProgram(CommandLine({"--group", "of\ntwo lines"}), {{"JOURNAL_STREAM", ""}});
+      RunBriefly(CommandLine({"--group", "of\ntwo lines"}), {{"JOURNAL_STREAM", ""}});
   EXPECT_EQ(result.standard_error, "kestrel-wifi-relay: there is no group 'of two lines'\n");
 }
 
 TEST_F(RelayService, TellsWhyItCannotServe) {
   const std::string missing = In("missing");
   const ProgramResult no_folder =
-      RunProgram({KESTREL_WIFI_RELAY, "--socket", missing + "/socket"}, {{"JOURNAL_STREAM", ""}});
+      RunBriefly({KESTREL_WIFI_RELAY, "--socket", missing + "/socket"}, {{"JOURNAL_STREAM", ""}});
   EXPECT_EQ(no_folder.status, 1);
   EXPECT_EQ(no_folder.standard_error,
             "kestrel-wifi-relay: " + missing + "/socket.lock: No such file or directory\n");
   Words command = CommandLine({"--client-dir", missing + "/clients"});
   command.erase(command.begin() + 5, command.begin() + 7);
-  const ProgramResult no_links = RunProgram(command, {{"JOURNAL_STREAM", ""}});
+  const ProgramResult no_links = RunBriefly(command, {{"JOURNAL_STREAM", ""}});
   EXPECT_EQ(no_links.status, 1);
   EXPECT_EQ(no_links.standard_error,
             "kestrel-wifi-relay: " + missing + "/clients: No such file or directory\n");
   EXPECT_FALSE(fs::exists(socket_path_));
   const ProgramResult no_group =
-      RunProgram(CommandLine({"--group", "no such group"}), {{"JOURNAL_STREAM", ""}});
+      RunBriefly(CommandLine({"--group", "no such group"}), {{"JOURNAL_STREAM", ""}});
   EXPECT_EQ(no_group.status, 1);
   EXPECT_EQ(no_group.standard_error, "kestrel-wifi-relay: there is no group 'no such group'\n");
   EXPECT_FALSE(fs::exists(socket_path_ + ".lock"));
@@ -273,7 +273,7 @@ TEST_F(RelayService, ServesOthersWhereDescriptorsRunOut) {
 }
 
 TEST_F(RelayService, NeverTellsWhatCommandsSay) {
-  Start({"-v"});
+  Start({"-v", "--allow-all"});
   const std::string process = "process " + std::to_string(getpid());
   const Program program(socket_path_);
   ExpectExchange(program, "SET_NETWORK 0 psk \"hunter2hunter2\"", "FAIL\n");
@@ -285,7 +285,10 @@ TEST_F(RelayService, NeverTellsWhatCommandsSay) {
   ASSERT_TRUE(supplicant_->Receive().has_value());
   supplicant_.reset();
   EXPECT_EQ(program.Receive(), "FAIL\n");
-  std::string log = ListeningLine() + process + " has connected\n";
+  std::string log = ListeningLine() +
+                    "every program that may connect may do all that the supplicant can "
+                    "(--allow-all)\n" +
+                    process + " has connected\n";
   for (const char* const name : {"SET_NETWORK", "a command", "a command", "a command", "a command",
                                  "STATUS", "STATUS has failed: it has gone"}) {
     log += process + ": " + name + "\n";
@@ -317,7 +320,7 @@ TEST_F(RelayService, TellsTheJournalOfFailures) {
                    "bash"};
   const Words relay = CommandLine();
   command.insert(command.end(), relay.begin(), relay.end());
-  EXPECT_EQ(RunProgram(command).standard_error,
+  EXPECT_EQ(RunBriefly(command).standard_error,
             "<3>" + socket_path_ + ": is there already, and no socket\n");
 }
 
@@ -356,6 +359,11 @@ TEST_F(RelayService, NeedsNoServiceManager) {
             "kestrel-wifi-relay: " + ListeningLine() + "kestrel-wifi-relay: stopping\n");
 }
 
+TEST(BackgroundProgram, ThatHasClosedItsStreamsIsEndedInTime) {
+  BackgroundProgram program({"bash", "-c", "exec >&- 2>&-; exec sleep 1000"});
+  EXPECT_EQ(program.Wait(std::chrono::milliseconds(300)).status, 128 + SIGKILL);
+}
+
 TEST_F(RelayService, WorksWithItsStandardStreamsClosed) {
   StartByShell("exec \"$@\" <&- >&- 2>&-", {"-v"});
   const Program program(socket_path_);
@@ -383,7 +391,7 @@ class RelayArguments : public RelayProcess {
   void ExpectUsageError(const Words& arguments, const std::string& line) const {
     Words command = {KESTREL_WIFI_RELAY};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const ProgramResult result = RunProgram(command, {{"JOURNAL_STREAM", ""}});
+    const ProgramResult result = RunBriefly(command, {{"JOURNAL_STREAM", ""}});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.standard_output, "");
     EXPECT_EQ(result.standard_error,
@@ -407,23 +415,24 @@ TEST_F(RelayArguments, ThatAreWrongAreRefusedInOneLine) {
   ExpectUsageError({"--mode", "01000"}, "--mode: must be octal, up to 0777: 01000");
   ExpectUsageError({"--clients", "0"}, "--clients: must be 1 to 256: 0");
   ExpectUsageError({"--clients", "257"}, "--clients: must be 1 to 256: 257");
+  ExpectUsageError({"--clients-per-user", "0"}, "--clients-per-user: must be 1 to 256: 0");
   ExpectUsageError({"--timeout", "0"}, "--timeout: must be 0.01 to 3600: 0");
   ExpectUsageError({"--timeout", "nan"}, "--timeout: must be 0.01 to 3600: nan");
   ExpectUsageError({"--nonsense"}, "The following argument was not expected: --nonsense");
 }
 
 TEST_F(RelayArguments, HelpAndVersionArePrinted) {
-  const ProgramResult version = RunProgram({KESTREL_WIFI_RELAY, "--version"});
+  const ProgramResult version = RunBriefly({KESTREL_WIFI_RELAY, "--version"});
   EXPECT_EQ(version.status, 0);
   EXPECT_EQ(version.standard_output, "kestrel-wifi-relay " KESTREL_VERSION "\n");
-  const ProgramResult help = RunProgram({KESTREL_WIFI_RELAY, "--help"});
+  const ProgramResult help = RunBriefly({KESTREL_WIFI_RELAY, "--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.standard_output,
               AllOf(HasSubstr("PATH=/var/volatile/tmp/wlan0_request_socket\n"),
                     HasSubstr("PATH=/run/wpa_supplicant/wlan0\n"),
                     HasSubstr("DIR=/run/kestrel-wifi-relay\n"), HasSubstr(" OCTAL=0660 "),
                     HasSubstr(" N=64 "), HasSubstr(" SECONDS=10 "), HasSubstr("Exit status: 0")));
-  EXPECT_EQ(RunProgram({"sh", "-c", "exec \"$0\" --help >/dev/full", KESTREL_WIFI_RELAY}).status,
+  EXPECT_EQ(RunBriefly({"sh", "-c", "exec \"$0\" --help >/dev/full", KESTREL_WIFI_RELAY}).status,
             1);
 }
 

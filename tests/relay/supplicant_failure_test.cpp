@@ -105,8 +105,8 @@ TEST_F(RelaySupplicant, LastWordsOfOneThatEndsAreHeard) {
   Start(kNoTimeout);
   const Program program(socket_path_);
   for (int round = 0; round < 20; ++round) {
-    program.Send("TERMINATE");
-    supplicant_->Expect("TERMINATE", "OK\n");
+    program.Send("SAVE_CONFIG");
+    supplicant_->Expect("SAVE_CONFIG", "OK\n");
     Replace();
     EXPECT_EQ(program.Receive(), "OK\n");
   }

@@ -29,10 +29,21 @@ const sockaddr* Generic(const sockaddr_un& address) {
 
 bool IsReady(int descriptor, short events) {
   pollfd watched = {descriptor, events, 0};
-  return poll(&watched, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count())) == 1;
+  return poll(&watched, 1, static_cast<int>(Patience().count())) == 1;
+}
+
+/// Whoever does not read what is sent, or does not accept connections, must not keep a test.
+void LimitSending(int descriptor) {
+  const auto patience = static_cast<long>(Patience().count());
+  const timeval limit = {patience / 1000, (patience % 1000) * 1000};
+  setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
 }  // namespace
+
+std::chrono::milliseconds Patience() {
+  return testing::Test::HasFailure() ? std::chrono::milliseconds(100) : kPatience;
+}
 
 DatagramSocket::DatagramSocket(std::string path)
     : path_(std::move(path)), socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
@@ -72,6 +83,7 @@ std::optional<Command> DatagramSocket::Receive() const {
 
 bool DatagramSocket::Send(const std::string& receiver, const std::string& text) const {
   const sockaddr_un address = AddressOf(receiver);
+  LimitSending(socket_);
   return sendto(socket_, text.data(), text.size(), 0, Generic(address), sizeof address) >= 0;
 }
 
@@ -96,6 +108,7 @@ int DatagramSocket::Fill() const {
 Program::Program(const std::string& path)
     : socket_(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)) {
   const sockaddr_un address = AddressOf(path);
+  LimitSending(socket_);
   EXPECT_EQ(connect(socket_, Generic(address), sizeof address), 0) << "nobody listens at " << path;
 }
 
@@ -111,6 +124,7 @@ void Program::Leave() {
 void Program::Send(const std::string& command) const { SendBytes(command + '\0'); }
 
 void Program::SendBytes(const std::string& bytes) const {
+  LimitSending(socket_);
   EXPECT_EQ(send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL),
             static_cast<ssize_t>(bytes.size()));
 }
@@ -130,9 +144,6 @@ std::optional<std::string> Program::Receive() const {
   return std::string(buffer.data(), static_cast<size_t>(size));
 }
 
-bool Program::SeesTheEnd() const {
-  pollfd watched = {socket_, 0, 0};
-  return poll(&watched, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count())) == 1;
-}
+bool Program::SeesTheEnd() const { return IsReady(socket_, 0); }
 
 }  // namespace kestrel::test

@@ -13,9 +13,13 @@ namespace kestrel::test {
 /// Long enough for any machine, and never waited for when all is well.
 inline constexpr std::chrono::seconds kPatience{20};
 
+/// How long to wait for something: not long once the test has failed, so that one which waits again
+/// and again comes to its end.
+std::chrono::milliseconds Patience();
+
 /// The two ends between which the relay stands, driven step by step by a test: the supplicant, and
-/// programs that talk as the library does. What is expected and does not come within kPatience is
-/// nothing.
+/// programs that talk as the library does. What is expected and does not come in time is nothing;
+/// what cannot be sent in time fails.
 
 struct Command {
   std::string text;

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <optional>
 
+#include "command_filter.h"
 #include "fuzz/support/promise.h"
 
 namespace kestrel::fuzz {
@@ -29,10 +30,6 @@ int FailWith(int error) {
 int FailAsTold(const std::string& told) {
   const auto error = told.empty() ? '\0' : told.front();
   return FailWith(error == '\0' ? EIO : static_cast<unsigned char>(error));
-}
-
-bool IsPrintable(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c <= 0x7E; });
 }
 
 }  // namespace
@@ -59,9 +56,10 @@ int Daemon::Connect() {
 }
 
 ssize_t Daemon::Take(std::string_view command) {
-  // A daemon must be able to tell what is asked of it, whatever the names and replies are.
+  // A daemon must be able to tell what is asked of it, whatever the names and replies are; and one
+  // behind the relay must be asked.
   Promise(is_open_ && command.size() > 1 && command.back() == '\0');
-  Promise(IsPrintable(command.substr(0, command.size() - 1)));
+  Promise(relay::Judge(command.substr(0, command.size() - 1)) == relay::Verdict::kAllowed);
   const std::optional<std::string> failure = input_.TakeBehind("!w");
   return failure ? FailAsTold(*failure) : static_cast<ssize_t>(command.size());
 }
