@@ -90,6 +90,33 @@ TEST_P(EndingSignal, RestoresTheTerminal) {
   EXPECT_TRUE(HaveSameModes(program.Settings(), program.InitialSettings()));
 }
 
+TEST_F(KestrelctlUartTerminal, GivesTheTerminalBackWhileItIsStopped) {
+  TerminalProgram shell(ShellThatContinues(board_.Uart({"2"})));
+  ASSERT_TRUE(IsTalking(shell));
+  shell.SignalJob(SIGTSTP);
+  EXPECT_TRUE(shell.WaitForScreen("stopped as it was\r\n"));
+}
+
+class StoppingSignal : public KestrelctlUartTerminal, public testing::WithParamInterface<int> {};
+
+INSTANTIATE_TEST_SUITE_P(Every, StoppingSignal, testing::Values(SIGTSTP, SIGSTOP));
+
+TEST_P(StoppingSignal, IsFollowedByARawTerminalAgain) {
+  TerminalProgram shell(ShellThatContinues(board_.Uart({"2"})));
+  ASSERT_TRUE(IsTalking(shell));
+  const termios raw = shell.Settings();
+  shell.SignalJob(GetParam());
+  ASSERT_TRUE(shell.WaitForScreen("stopped "));
+  ASSERT_TRUE(shell.WaitForModes(shell.InitialSettings()));
+  shell.Type("\n");
+  EXPECT_TRUE(shell.WaitForModes(raw));
+  shell.Type("again");
+  EXPECT_TRUE(shell.WaitForScreen("again"));
+  shell.Type(kLeaveKey);
+  EXPECT_EQ(shell.Wait(), 0);
+  EXPECT_TRUE(HaveSameModes(shell.Settings(), shell.InitialSettings()));
+}
+
 TEST_F(KestrelctlUartTerminal, RestoresTheTerminalWhenThePortFails) {
   TerminalProgram program(board_.Uart({"2"}));
   ASSERT_TRUE(IsTalking(program));

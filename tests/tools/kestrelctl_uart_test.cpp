@@ -165,6 +165,20 @@ TEST_F(KestrelctlUart, OpensThePortAsAsked) {
   EXPECT_EQ(port.at("flow_control").dump().find("xon") != std::string::npos, true) << port;
 }
 
+class KestrelctlUartBaud : public KestrelctlUart, public testing::WithParamInterface<uint32_t> {};
+
+INSTANTIATE_TEST_SUITE_P(Every, KestrelctlUartBaud,
+                         testing::Values(9600, 19200, 38400, 57600, 115200, 230400, 460800, 500000,
+                                         576000, 921600, 1000000, 1152000, 1500000, 2000000),
+                         testing::PrintToStringParamName());
+
+TEST_P(KestrelctlUartBaud, IsWhatThePortIsSetTo) {
+  EXPECT_THAT(Run({"0", "--baud", std::to_string(GetParam()), "--send", "/dev/null"}),
+              Ends(0, "", ""));
+  const json ports = json::parse(board_.Board({"show", "--json"})).at("uart").at("ports");
+  EXPECT_EQ(ports.at(0).at("speed"), GetParam());
+}
+
 TEST_F(KestrelctlUart, SaysThatAnotherProgramHasThePort) {
   BackgroundProgram holder(board_.Uart({"2", "--receive", "--bytes", "1"}));
   ASSERT_TRUE(board_.WaitUntilOpen(2));

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "on_board.h"
+#include "support/descriptors.h"
 
 namespace kestrel::test {
 namespace {
@@ -105,6 +106,15 @@ TEST_F(KestrelctlWatch, EndsAtOnceDuringALongInterval) {
   ASSERT_TRUE(watch.WaitForOutput("3=low\n"));
   watch.Signal(SIGINT);
   EXPECT_EQ(watch.Wait(std::chrono::seconds(20)).status, 0);
+}
+
+TEST_F(KestrelctlWatch, HoldsNoMoreDescriptorsAfterManyReadings) {
+  BackgroundProgram watch = Start({"3", "--interval", "5"});
+  ASSERT_TRUE(watch.WaitForOutput("3=low\n"));
+  const size_t before = DescriptorsBetweenCallsOf(watch.pid());
+  board_.Count(kReading);
+  board_.WaitForCalls(20);
+  EXPECT_EQ(DescriptorsBetweenCallsOf(watch.pid()), before);
 }
 
 TEST_F(KestrelctlWatch, RefusesABusyLine) {

@@ -2,8 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <nlohmann/json.hpp>
+#include <regex>
+#include <thread>
 
+#include "support/descriptors.h"
 #include "support/terminal_program.h"
 #include "wifi_board.h"
 
@@ -41,6 +45,30 @@ TEST_F(KestrelctlWifiScan, ShowsWhatTheScanBeforeHasFound) {
   EXPECT_EQ(board_.Commands(), "SCAN\nSCAN_RESULTS\n");
 }
 
+/// How many orders to scan the board's daemon has got.
+long OrdersToScan(const WifiBoard& board) {
+  const std::string commands = "\n" + board.Commands();
+  const std::regex order("\nSCAN(?=\n)");
+  return std::distance(std::sregex_iterator(commands.begin(), commands.end(), order), {});
+}
+
+void WaitForOrdersToScan(const WifiBoard& board, long count) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (OrdersToScan(board) < count && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  EXPECT_GE(OrdersToScan(board), count);
+}
+
+TEST(KestrelctlWifiScanThatWaits, HoldsNoMoreDescriptorsAfterManyQuestions) {
+  const WifiBoard board(kEndlessScan);
+  const BackgroundProgram scan(board.Wifi({"scan", "--wait", "600"}));
+  WaitForOrdersToScan(board, 2);
+  const size_t before = DescriptorsBetweenCallsOf(scan.pid());
+  WaitForOrdersToScan(board, OrdersToScan(board) + 3);
+  EXPECT_EQ(DescriptorsBetweenCallsOf(scan.pid()), before);
+}
+
 TEST_F(KestrelctlWifiScan, ShowsTheStrongestFirstAndNamesThatNoTerminalObeys) {
   EXPECT_THAT(
       board_.Run({"scan", "--wait"}),
@@ -71,6 +99,26 @@ TEST_F(KestrelctlWifiScan, ShowsTextOfOtherScriptsWhereTheLocaleHasThem) {
   EXPECT_THAT(shown, HasSubstr("  \"\\x1b]0;x\\x07\"\n"));
   EXPECT_THAT(shown, HasSubstr("  \"a\\xe2\\x80\\xaeb\\xc2\\x9b\"\n"));
   EXPECT_THAT(shown, HasSubstr("  \"\\xff/\\xed\\xa0\\x80/\\xe2\\x9c\"\n"));
+}
+
+class UnseenCharacter : public KestrelctlWifiScan,
+                        public testing::WithParamInterface<const char*> {};
+
+/// The first and the last of each range, as the daemon writes their bytes.
+INSTANTIATE_TEST_SUITE_P(Of, UnseenCharacter,
+                         testing::Values(R"(\xc2\xad)", R"(\xcd\x8f)", R"(\xd8\x9c)",
+                                         R"(\xe1\x85\x9f)", R"(\xe1\xa0\x8b)", R"(\xe2\x80\x8b)",
+                                         R"(\xe2\x80\xae)", R"(\xe2\x81\xa0)", R"(\xe3\x85\xa4)",
+                                         R"(\xef\xb8\x80)", R"(\xef\xb8\x8f)", R"(\xef\xbb\xbf)",
+                                         R"(\xf3\xa0\x84\x80)"));
+
+TEST_P(UnseenCharacter, IsShownByItsBytes) {
+  std::string in_toml = std::regex_replace(GetParam(), std::regex(R"(\\)"), R"(\\)");
+  board_.Script(Rule("SCAN", "OK\\n") +
+                Rule("SCAN_RESULTS", kListHeader + R"(02:00:00:00:00:0a\t2412\t-50\t[ESS]\ta)" +
+                                         in_toml + R"(b\n)"));
+  EXPECT_THAT(RunProgram(board_.Wifi({"scan"}, "C.UTF-8")).standard_output,
+              HasSubstr("  \"a" + std::string(GetParam()) + "b\"\n"));
 }
 
 TEST_F(KestrelctlWifiScan, PrintsJsonFromWhichEveryByteOfANameCanBeHad) {

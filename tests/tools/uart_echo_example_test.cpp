@@ -33,6 +33,15 @@ TEST(UartEchoExample, SaysThatThePortIsTaken) {
                    "uart_echo: cannot open the port: Resource temporarily unavailable\n"));
 }
 
+TEST(UartEchoExample, SaysThatThePortDoesNotTakeItsSettings) {
+  const UartBoard board;
+  board.Board({"uart", "0", "--forget", "speed"});
+  EXPECT_THAT(RunProgram(board.Exec({UART_ECHO})),
+              Ends(1, "",
+                   "[Kestrel:UART] Could not set the attributes of the device.\n"
+                   "uart_echo: cannot open the port: Input/output error\n"));
+}
+
 TEST(UartEchoExample, RefusesWrongArguments) {
   for (const Words& command : {Words{UART_ECHO, "x"}, Words{UART_ECHO, "0", "-1"},
                                Words{UART_ECHO, ""}, Words{UART_ECHO, "0", "1", "2"}}) {

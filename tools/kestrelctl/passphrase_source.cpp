@@ -7,10 +7,11 @@
 
 #include <cstdio>
 
+#include "changed_terminal.h"
 #include "descriptor.h"
 #include "failure.h"
 #include "interruption.h"
-#include "quiet_terminal.h"
+#include "job_control.h"
 
 namespace kestrelctl {
 namespace {
@@ -32,17 +33,32 @@ bool IsAccepted(const Passphrase& passphrase) {
 
 enum class LineEnd { kRead, kFailed, kSignal };
 
+/// Waits for a line to be typed or for a signal that ends the question, with stops in between.
+bool WaitForLine(const Interruption& interruption, const JobControl& job_control,
+                 const ChangedTerminal& terminal, const std::string& question) {
+  for (;;) {
+    fputs(question.c_str(), stderr);
+    pollfd events[] = {{interruption.descriptor(), POLLIN, 0},
+                       {job_control.descriptor(), POLLIN, 0},
+                       {STDIN_FILENO, POLLIN, 0}};
+    poll(events, 3, -1);
+    if (events[1].revents == 0) {
+      return events[0].revents == 0;
+    }
+    job_control.Heed(terminal);
+    fputs("\n", stderr);
+  }
+}
+
 /// Leaves the terminal as it was, however it ends.
 LineEnd ReadLineInSilence(const std::string& question, const Interruption& interruption,
                           Passphrase& passphrase) {
-  const QuietTerminal terminal(STDIN_FILENO);
-  if (!terminal.is_quiet()) {
+  const JobControl job_control;
+  const ChangedTerminal terminal(STDIN_FILENO, TerminalMode::kQuiet);
+  if (!terminal.is_changed()) {
     return LineEnd::kFailed;
   }
-  fputs(question.c_str(), stderr);
-  pollfd events[] = {{interruption.descriptor(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
-  poll(events, 2, -1);
-  if (events[0].revents != 0) {
+  if (!WaitForLine(interruption, job_control, terminal, question)) {
     fputs("\n", stderr);
     return LineEnd::kSignal;
   }
@@ -63,8 +79,7 @@ bool ReadPassphrase(const std::string& file, Passphrase& passphrase) {
 }
 
 bool AskForPassphrase(const std::string& question, Passphrase& passphrase) {
-  // A stop (Ctrl-Z) would leave the terminal without echo, so it ends the question, too.
-  const Interruption interruption({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP});
+  const Interruption interruption({SIGINT, SIGTERM, SIGHUP, SIGQUIT});
   const LineEnd end = ReadLineInSilence(question, interruption, passphrase);
   if (end == LineEnd::kSignal) {
     ReportProblem("interrupted");

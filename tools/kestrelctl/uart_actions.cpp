@@ -8,10 +8,11 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "changed_terminal.h"
 #include "failure.h"
 #include "interruption.h"
+#include "job_control.h"
 #include "output.h"
-#include "raw_terminal.h"
 #include "uart_sender.h"
 #include "uart_transfer.h"
 
@@ -89,8 +90,9 @@ Interruption SignalsThatEndATransfer() {
 /// Leaves the terminal as it was, however it ends, before anything is reported.
 TransferEnd TalkInRawMode(int port, const UartSettings& settings, bool hex) {
   const Interruption interruption = SignalsThatEndATransfer();
-  const RawTerminal terminal(STDIN_FILENO);
-  if (!terminal.is_raw()) {
+  const JobControl job_control;
+  const ChangedTerminal terminal(STDIN_FILENO, TerminalMode::kRaw);
+  if (!terminal.is_changed()) {
     return TransferEnd::Failure("standard input");
   }
   const std::string name = UartName(settings.number);
@@ -99,7 +101,9 @@ TransferEnd TalkInRawMode(int port, const UartSettings& settings, bool hex) {
   UartReceiver receiver(port, name, {true, std::nullopt, hex});
   TransferLimits limits;
   limits.ends_with_input = true;
-  TransferEnd end = Transfer(port, sender, receiver, limits, interruption).Run();
+  Transfer transfer(port, sender, receiver, limits, interruption);
+  transfer.StopAndContinueWith(job_control, terminal);
+  TransferEnd end = transfer.Run();
   fputs("\n", stderr);
   return end;
 }

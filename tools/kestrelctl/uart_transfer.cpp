@@ -40,6 +40,11 @@ Transfer::Transfer(int port, UartSender& sender, UartReceiver& receiver,
       interruption_(interruption),
       next_progress_(Clock::now() + kTimeWithoutProgress) {}
 
+void Transfer::StopAndContinueWith(const JobControl& job_control, const ChangedTerminal& terminal) {
+  job_control_ = &job_control;
+  terminal_ = &terminal;
+}
+
 void Transfer::FindEnd() {
   const bool has_received_all = limits_.ends_with_input || receiver_.has_finished();
   if (sender_.has_finished() && limits_.time && !time_is_up_) {
@@ -69,7 +74,8 @@ Transfer::Events Transfer::EventsToWaitFor() const {
            {end_ ? -1 : sender_.WantsToRead(), POLLIN, 0},
            {end_ ? -1 : port_, port_events, 0},
            // A reader that has gone is of interest while there is something for it to come.
-           {reads || writes ? STDOUT_FILENO : -1, output_events, 0}}};
+           {reads || writes ? STDOUT_FILENO : -1, output_events, 0},
+           {job_control_ == nullptr ? -1 : job_control_->descriptor(), POLLIN, 0}}};
 }
 
 bool Transfer::ShowsProgress() const {
@@ -120,6 +126,9 @@ std::optional<TransferEnd> Transfer::HandleOutput(short events) {
 }
 
 std::optional<TransferEnd> Transfer::Handle(const Events& events) {
+  if (events[kJobControl].revents != 0) {
+    job_control_->Heed(*terminal_);
+  }
   std::optional<TransferEnd> end;
   if (events[kInput].revents != 0) {
     end = sender_.Read();

@@ -10,7 +10,9 @@
 #include <optional>
 
 #include "arguments.h"
+#include "changed_terminal.h"
 #include "interruption.h"
+#include "job_control.h"
 #include "progress_line.h"
 #include "uart_receiver.h"
 #include "uart_sender.h"
@@ -30,12 +32,15 @@ class Transfer {
   Transfer(int port, UartSender& sender, UartReceiver& receiver, const TransferLimits& limits,
            const Interruption& interruption);
 
+  /// For a transfer that a person follows in a terminal of another mode.
+  void StopAndContinueWith(const JobControl& job_control, const ChangedTerminal& terminal);
+
   TransferEnd Run();
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  enum Source : size_t { kSignals, kInput, kPort, kOutput, kSourceCount };
+  enum Source : size_t { kSignals, kInput, kPort, kOutput, kJobControl, kSourceCount };
   /// What is waited for; what is of no use at the moment has the descriptor -1.
   using Events = std::array<pollfd, kSourceCount>;
 
@@ -56,6 +61,8 @@ class Transfer {
   UartReceiver& receiver_;
   TransferLimits limits_;
   const Interruption& interruption_;
+  const JobControl* job_control_ = nullptr;
+  const ChangedTerminal* terminal_ = nullptr;
   ProgressLine progress_;
   bool has_hung_up_ = false;
   Clock::time_point next_progress_;
