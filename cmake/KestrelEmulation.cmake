@@ -7,14 +7,14 @@ if(NOT KESTREL_EMULATE)
   return()
 endif()
 
-find_program(KESTREL_EMULATOR "${KESTREL_EMULATOR_NAME}")
+find_program(KESTREL_EMULATOR NAMES ${KESTREL_EMULATOR_NAMES})
 find_program(KESTREL_HOST_CC cc)
 find_program(KESTREL_STATIC_BASH bash-static)
 find_program(KESTREL_STATIC_TOOLS busybox)
 foreach(tool KESTREL_EMULATOR KESTREL_HOST_CC KESTREL_STATIC_BASH KESTREL_STATIC_TOOLS)
   if(NOT ${tool})
     message(FATAL_ERROR " KESTREL_EMULATE needs more of this machine: apt-get install gcc libc6-dev \
-qemu-user-static bash-static busybox-static")
+qemu-user-static bash-static busybox-static (qemu-user will do as well)")
   endif()
 endforeach()
 

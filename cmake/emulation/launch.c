@@ -2,11 +2,13 @@
 // Stands where a program for another machine was built, and runs it under emulation: the program
 // itself lies in
 // ../arm beside this one's folder. It is linked statically, so that an object which is to be
-// preloaded into the program is not tried on this one, too.
+// preloaded into the program is not tried on this one, too. The emulator, which need not be, gets
+// the object as an option, for the program alone.
 #define _GNU_SOURCE
 #include <errno.h>
 #include <limits.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -26,14 +28,38 @@ static int FindProgram(char* program, size_t size) {
   return written > 0 && (size_t)written < size;
 }
 
+/// What the emulator is to do with LD_PRELOAD in the program's environment, after taking the
+/// variable out of its own: an option and its value. False when memory is short.
+static int HandOnPreload(const char* option[2]) {
+  const char* const value = getenv("LD_PRELOAD");
+  option[0] = "-U";
+  option[1] = "LD_PRELOAD";
+  if (value == NULL) {
+    return 1;
+  }
+  char* assignment = NULL;
+  if (asprintf(&assignment, "LD_PRELOAD=%s", value) < 0) {
+    return 0;
+  }
+  option[0] = "-E";
+  option[1] = assignment;
+  return unsetenv("LD_PRELOAD") == 0;
+}
+
 int main(int argc, char** argv) {
   char program[2 * PATH_MAX];
   if (!FindProgram(program, sizeof program)) {
     fprintf(stderr, "%s: the program to emulate cannot be found\n", argv[0]);
     return 127;
   }
+  const char* preload[2];
+  if (!HandOnPreload(preload)) {
+    fprintf(stderr, "%s: no memory\n", argv[0]);
+    return 127;
+  }
   const char* const options[] = {
-      kEmulator, "-cpu", KESTREL_EMULATED_CPU, "-L", KESTREL_EMULATED_ROOT, "-0", argv[0], program};
+      kEmulator, "-cpu",  KESTREL_EMULATED_CPU, "-L",       KESTREL_EMULATED_ROOT,
+      "-0",      argv[0], preload[0],           preload[1], program};
   const size_t count = sizeof options / sizeof options[0];
   const char* arguments[count + (size_t)argc];
   memcpy(arguments, options, sizeof options);

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "abi/elf_report.h"
-#include "support/run_program.h"
 
 namespace {
 
@@ -81,14 +80,6 @@ TEST(Library, RelocatesNoCode) { EXPECT_TRUE(Entries("TEXTREL").empty()); }
 
 TEST(Library, ProtectsItsStack) {
   EXPECT_EQ(Imports(KESTREL_LIBRARY).count("__stack_chk_fail"), 1u);
-}
-
-TEST(Library, IsHardened) {
-  // But for the variants of functions that check %n, which belongs to the caller, and for marks of
-  // jump targets, which only some processors heed.
-  const kestrel::test::ProgramResult result = kestrel::test::RunProgram(
-      {"hardening-check", "--nofortify", "--nocfprotection", KESTREL_LIBRARY});
-  EXPECT_EQ(result.status, 0) << result.standard_output;
 }
 
 TEST(Library, LetsOneThreadRegisterASingletonsDestruction) {

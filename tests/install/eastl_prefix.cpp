@@ -27,8 +27,12 @@ EastlPrefix::EastlPrefix() {
 
 void EastlPrefix::AddEastlPackage(const std::string& target) const {
   fs::create_directories(fs::path(path()) / "lib/cmake/EASTL");
+  const std::string kind = target == "EASTL" ? "" : " IMPORTED";
   directory_.Write("eastl/lib/cmake/EASTL/EASTLConfig.cmake",
-                   "add_library(" + target + " INTERFACE IMPORTED)\n");
+                   "add_library(" + target + " INTERFACE" + kind +
+                       ")\n"
+                       "target_include_directories(" +
+                       target + " INTERFACE \"" + path() + "/include\")\n");
 }
 
 void EastlPrefix::AddArchive(const std::string& name, const std::string& source) const {

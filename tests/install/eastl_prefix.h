@@ -20,7 +20,8 @@ class EastlPrefix {
   void AddEastl() const { AddArchive("EASTL", "eastl.cpp"); }
   void AddEastdc() const { AddArchive("EAStdC", "eastdc.cpp"); }
 
-  /// Adds what a package manager would: a CMake package whose target has the given name.
+  /// Adds what a package manager would: a CMake package whose target has the given name. That of
+  /// the name EASTL is one as a project has that builds EASTL itself.
   void AddEastlPackage(const std::string& target) const;
 
  private:

@@ -2,17 +2,21 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "abi/elf_report.h"
 #include "install/eastl_prefix.h"
+#include "install/manual_page.h"
 #include "support/run_program.h"
 #include "support/temporary_directory.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using kestrel::test::Content;
 using kestrel::test::ProgramResult;
 using kestrel::test::Require;
 using kestrel::test::RunProgram;
@@ -88,31 +92,70 @@ TEST_F(InstalledLibrary, ComesWithTheToolsTheirCompletionAndManualPages) {
   }
 }
 
+TEST_F(InstalledLibrary, ComesWithTheLicencesOfWhatIsCompiledIn) {
+  EXPECT_EQ(FilesIn(Prefix() / "share/doc/kestrel"),
+            (std::set<std::string>{"LICENSE", "THIRD_PARTY_NOTICES"}));
+  const std::string notices = Content(Prefix() / "share/doc/kestrel/THIRD_PARTY_NOTICES");
+  for (const char* source : {"cli11", "nlohmann-json3", "tomlplusplus", "wpa"}) {
+    EXPECT_NE(notices.find(" | " + std::string(source) + " "), std::string::npos) << source;
+  }
+  for (const char* words : {"University of Cincinnati", "Niels Lohmann", "Mark Gillard",
+                            "Jouni Malinen", "Redistributions in binary form",
+                            "The above copyright notice and this permission notice"}) {
+    EXPECT_NE(notices.find(words), std::string::npos) << words;
+  }
+}
+
 TEST_F(InstalledLibrary, HasABoardThatFindsWhatItPreloads) {
-  const ProgramResult result = RunProgram(
-      {Prefix() / "bin/kestrel-board", "run", "--", Prefix() / "bin/kestrelctl", "gpio", "get",
-       "4"},
-      {{"LD_LIBRARY_PATH", LibraryDirectory().string()}, {"KESTREL_BOARD_DIR", work_.path()}});
+  const ProgramResult result =
+      RunProgram({Prefix() / "bin/kestrel-board", "run", "--", Prefix() / "bin/kestrelctl", "gpio",
+                  "get", "4"},
+                 {{"LD_LIBRARY_PATH", ""}, {"KESTREL_BOARD_DIR", work_.path()}});
   EXPECT_EQ(result.standard_output, "4=low\n") << result.standard_error;
 }
 
+void ExpectThatItRuns(const std::string& program) {
+  const ProgramResult result = RunProgram({program, "--version"}, {{"LD_LIBRARY_PATH", ""}});
+  EXPECT_EQ(result.status, 0) << result.standard_error;
+}
+
+TEST_F(InstalledLibrary, IsFoundByItsProgramsWhereverThePrefixIs) {
+  ExpectThatItRuns(Prefix() / "bin/kestrelctl");
+  fs::rename(Prefix(), work_.path() + "/moved");
+  ExpectThatItRuns(work_.path() + "/moved/bin/kestrelctl");
+}
+
 TEST_F(InstalledLibrary, IsTheSumOfItsComponents) {
-  for (const char* component : {"Runtime", "Development", "Tools", "Board", "Relay"}) {
+  for (const char* component : {"Runtime", "Development", "Tools", "Board", "Relay", "Licences"}) {
     Require({CMAKE_PROGRAM, "--install", KESTREL_BUILD_DIR, "--prefix", work_.path(), "--component",
              component});
   }
   EXPECT_EQ(AllFilesIn(work_.path()), AllFilesIn(Prefix()));
 }
 
-TEST_F(InstalledLibrary, LeavesNoSearchPathInAnyFile) {
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(Prefix())) {
-    const bool is_elf = entry.path().parent_path().filename() == "bin" ||
+/// The search paths of all installed programs and libraries that have one.
+std::map<std::string, std::vector<std::string>> SearchPaths(const fs::path& prefix) {
+  std::map<std::string, std::vector<std::string>> paths;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(prefix)) {
+    const std::string folder = entry.path().parent_path().filename().string();
+    const bool is_elf = folder == "bin" || folder == "sbin" ||
                         entry.path().filename().string().find(".so") != std::string::npos;
-    if (is_elf && entry.is_regular_file()) {
-      EXPECT_TRUE(kestrel::test::DynamicEntries("RPATH", entry.path()).empty()) << entry;
-      EXPECT_TRUE(kestrel::test::DynamicEntries("RUNPATH", entry.path()).empty()) << entry;
+    if (!is_elf || !entry.is_regular_file()) {
+      continue;
+    }
+    for (const char* tag : {"RPATH", "RUNPATH"}) {
+      for (const std::string& path : kestrel::test::DynamicEntries(tag, entry.path())) {
+        paths[entry.path().filename().string()].push_back(path);
+      }
     }
   }
+  return paths;
+}
+
+TEST_F(InstalledLibrary, IsSearchedForRelativeToTheProgramAndNothingElseIs) {
+  const std::map<std::string, std::vector<std::string>> expected = {
+      {"kestrelctl", {"$ORIGIN/../" KESTREL_LIBDIR}}};
+  EXPECT_EQ(SearchPaths(Prefix()), expected);
 }
 
 TEST_F(InstalledLibrary, BuildsACProgramThroughPkgConfig) {

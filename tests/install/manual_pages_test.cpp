@@ -2,8 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "abi/promised_names.h"
@@ -145,6 +147,43 @@ TEST(ManualPages, DescribeEveryOptionOfTheRelay) {
   const std::string help = Help({KESTREL_WIFI_RELAY});
   for (const std::string& path : FirstGroups(help, "=(/[a-z0-9_/-]+)\n")) {
     EXPECT_THAT(page, HasSubstr("\n.Pa " + path));
+  }
+}
+
+/// The command lines of the examples of `--help`, without what is said of them.
+std::set<std::string> Examples(const std::string& program) {
+  const std::string help = RunProgram({program, "--help"}).standard_output;
+  const size_t begin = help.find("\nExamples:");
+  return begin == std::string::npos
+             ? std::set<std::string>()
+             : FirstGroups(help.substr(begin), R"(\n  (\S+(?: \S+)*)(?=  |\n))");
+}
+
+TEST(ManualPages, HaveTheExamplesOfHelp) {
+  for (const auto& [program, name] :
+       {std::pair{KESTRELCTL, "kestrelctl"}, std::pair{KESTREL_BOARD, "kestrel-board"}}) {
+    const std::string page = BlockOf(Page("man1/" + std::string(name) + ".1"), ".Sh", "EXAMPLES");
+    const std::set<std::string> examples = Examples(program);
+    EXPECT_THAT(examples, SizeIs(testing::Ge(8U)));
+    for (const std::string& example : examples) {
+      EXPECT_THAT(std::regex_replace(page, std::regex(R"(\\-)"), "-"),
+                  HasSubstr("\n" + example + "\n"));
+    }
+  }
+}
+
+/// The numbers that `text` gives as exit statuses.
+std::set<std::string> Statuses(const std::string& text) {
+  return FirstGroups(text, R"((?:^|[ \n])(\d+)(?=[ \n]))");
+}
+
+TEST(ManualPages, HaveTheExitStatusesOfHelp) {
+  for (const auto& [program, path] : {std::pair{KESTRELCTL, "man1/kestrelctl.1"},
+                                      std::pair{KESTREL_WIFI_RELAY, "man8/kestrel-wifi-relay.8"}}) {
+    const std::string help = RunProgram({program, "--help"}).standard_output;
+    const size_t begin = help.find("\nExit status: ");
+    ASSERT_NE(begin, std::string::npos) << program;
+    EXPECT_EQ(Statuses(help.substr(begin)), Statuses(BlockOf(Page(path), ".Sh", "EXIT STATUS")));
   }
 }
 

@@ -88,6 +88,32 @@ TEST_F(MissingTools, NoSupplicantLibraryIsAnnouncedWithItsPackageAndTheWayWithou
                 "libwpa-client-dev\\), or leave the relay out with -DKESTREL_BUILD_RELAY=OFF");
 }
 
+TEST_F(MissingTools, NoSupplicantLibraryOfTheTargetIsAnnouncedWithTheScriptThatFetchesIt) {
+  const std::string root = build_.path() + "/root";
+  std::filesystem::create_directory(root);
+  const std::vector<std::string> options = {
+      "-DCMAKE_TOOLCHAIN_FILE=" KESTREL_SOURCE_DIR "/cmake/armhf.cmake",
+      "-DKESTREL_TARGET_ROOT=" + root, "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_EASTL=std"};
+  ExpectOneLine(
+      Configure(options, getenv("PATH")),
+      "kestrel-wifi-relay needs libwpa_client for armhf: fetch it with " KESTREL_SOURCE_DIR
+      "/scripts/debian_root " +
+          root + " armhf libwpa-client-dev and configure with -DKESTREL_TARGET_ROOT=" + root +
+          ", or leave the relay out with -DKESTREL_BUILD_RELAY=OFF");
+}
+
+TEST_F(MissingTools, EitherEmulatorOfTheTargetWillDo) {
+  for (const char* name : {"qemu-arm-static", "qemu-arm"}) {
+    const std::string tools = build_.path() + "/" + name + "-tools";
+    std::filesystem::create_directory(tools);
+    std::filesystem::create_symlink("/bin/true", tools + "/" + name);
+    const ProgramResult found =
+        RunProgram({CMAKE_PROGRAM, "-DTOOLS=" + tools, "-P",
+                    KESTREL_SOURCE_DIR "/tests/install/emulator_choice.cmake"});
+    EXPECT_EQ(found.standard_error, "emulator: " + tools + "/" + name + "\n");
+  }
+}
+
 TEST_F(MissingTools, AnUnknownPresetIsRefused) {
   const ProgramResult result =
       RunProgram({CMAKE_PROGRAM, "-S", KESTREL_SOURCE_DIR, "--preset", "no-such-preset"});
