@@ -39,12 +39,6 @@ constexpr char kExamples[] = R"(Examples:
   kestrel-board show --json | jq .gpio
   kestrel-board stop bench)";
 
-/// A reason may quote a file or an argument that has line ends in it.
-std::string OneLine(std::string text) {
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  return text;
-}
-
 /// Names the commands when the one that was given is none of them.
 void CheckCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
   if (arguments.empty() || arguments.front()[0] == '-') {
@@ -71,7 +65,7 @@ void OccupyStandardStreams() {
 }
 
 int Report(const std::string& reason, int status) {
-  std::cerr << "kestrel-board: " << OneLine(reason) << '\n';
+  kestrel::board::PrintDiagnostic(reason);
   return status;
 }
 

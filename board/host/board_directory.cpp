@@ -10,7 +10,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <iostream>
 
 #include "host/board_lock.h"
 #include "host/common_folder.h"
@@ -77,8 +76,8 @@ std::string List(std::vector<std::string> names) {
 
 void Tell(const std::string& path, const std::vector<std::string>& names) {
   if (!names.empty()) {
-    std::cerr << "kestrel-board: " << path << " stays: it holds what kestrel-board did not make ("
-              << List(names) << ")\n";
+    PrintDiagnostic(path + " stays: it holds what kestrel-board did not make (" + List(names) +
+                    ")");
   }
 }
 

@@ -24,6 +24,10 @@ class UsageError : public BoardError {
   explicit UsageError(const std::string& reason) : BoardError(reason, 2) {}
 };
 
+/// Prints "kestrel-board: " and `text` as one line on standard error, in one call: the lines of
+/// commands that run at a time do not mix.
+void PrintDiagnostic(std::string text);
+
 /// The failure of a system call: `what` with errno's text.
 [[noreturn]] void ThrowErrno(const std::string& what);
 

@@ -149,7 +149,7 @@ int Server::AcceptAll() {
   while (true) {
     UniqueFd accepted = Accept(listener_.get());
     if (!accepted.valid()) {
-      if (errno == EMFILE && TurnAway()) {
+      if (errno == EMFILE && (EndClosedSessions() || TurnAway())) {
         continue;
       }
       return own;
@@ -180,18 +180,20 @@ UniqueFd Server::ConnectToSelf(std::unique_ptr<Session> session) {
   return program_side;
 }
 
-void Server::EndClosedSessions() {
+bool Server::EndClosedSessions() {
   std::vector<pollfd> sockets;
   for (const auto& [descriptor, connection] : connections_) {
     sockets.push_back({descriptor, POLLRDHUP, 0});
   }
   poll(sockets.data(), sockets.size(), 0);
+  const size_t before = connections_.size();
   for (const pollfd& socket : sockets) {
     if ((socket.revents & (POLLRDHUP | POLLHUP | POLLERR)) != 0) {
       loop_.Unwatch(socket.fd);
       connections_.erase(socket.fd);
     }
   }
+  return connections_.size() < before;
 }
 
 void Server::Receive(int connection) {

@@ -47,7 +47,8 @@ class Server {
   bool TurnAway();
   void Add(UniqueFd socket);
   void Receive(int connection);
-  void EndClosedSessions();
+  /// Forgets the programs that have closed their end; whether there was one.
+  bool EndClosedSessions();
   void Handle(int connection, Message& message);
   void HandleOpen(int connection, const Message& message);
   void HandleConnect(const Message& message);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,14 @@ class BoardCommand : public testing::Test {
       started_.push_back(name);
     }
     return result;
+  }
+
+  /// The process of a board that is running.
+  pid_t ProcessOf(const std::string& name) const {
+    pid_t board = 0;
+    std::ifstream(folder_.path() + "/" + name + "/lock") >> board;
+    EXPECT_GT(board, 1);
+    return board;
   }
 
   /// Expects one line on standard error, nothing on standard output, and exit status 2.

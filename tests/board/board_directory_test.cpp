@@ -9,13 +9,19 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "devices/network/network_status.h"
 #include "failing_call.h"
 #include "host/error.h"
 #include "host/file_replacement.h"
 #include "support/descriptors.h"
+#include "support/in_child.h"
 #include "support/temporary_directory.h"
 
 namespace kestrel::test {
@@ -32,9 +38,9 @@ class BoardDirectoryTest : public testing::Test {
   std::string Common() const { return folder_.path() + "/boards"; }
 
   /// The reason for which no board was made; empty when one was.
-  static std::string Refusal() {
+  static std::string Refusal(std::vector<std::string> files = {}) {
     try {
-      const BoardDirectory directory("bench", {});
+      const BoardDirectory directory("bench", std::move(files));
     } catch (const BoardError& error) {
       return error.what();
     }
@@ -75,7 +81,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Failure{"mkdir", ENOSPC, ""}, Failure{"open", EACCES, ""},
                     Failure{"mkdtemp", ENOSPC, "/bench"}, Failure{"openat lock", ENOSPC, "/bench"},
                     Failure{"openat lock", EMFILE, "/bench"}, Failure{"flock", ENOLCK, "/bench"},
-                    Failure{"pwrite", ENOSPC, "/bench"}, Failure{"renameat", ENOSPC, "/bench"}));
+                    Failure{"pwrite", EIO, "/bench"}, Failure{"pwrite half", ENOSPC, "/bench"},
+                    Failure{"renameat", ENOSPC, "/bench"}));
 
 class PassingFailure : public BoardDirectoryTest, public testing::WithParamInterface<Failure> {};
 
@@ -105,6 +112,21 @@ TEST_F(BoardDirectoryTest, AdoptionWithoutSpaceIsToldAndLeavesNothing) {
     EXPECT_THROW(directory.Adopt(), BoardError);
   }
   ExpectNothingLeft();
+}
+
+TEST_F(BoardDirectoryTest, BoardThatIsKilledAsItCleansUpIsInNobodysWay) {
+  const auto die_at_the_first_removal = [] {
+    std::optional<FailingCall> end;
+    const BoardDirectory directory("bench", {"one", "two"});
+    std::ofstream(directory.path() + "/one") << "1";
+    std::ofstream(directory.path() + "/two") << "2";
+    end.emplace("unlinkat and end", 0);
+    // What goes first at the end of this scope is the board.
+    return 1;
+  };
+  EXPECT_EQ(InChild(die_at_the_first_removal), 0);
+  EXPECT_TRUE(std::filesystem::exists(Common() + "/bench"));
+  EXPECT_EQ(Refusal({"one", "two"}), "");
 }
 
 TEST_F(BoardDirectoryTest, DisownedFolderStaysForTheProcessThatHasIt) {

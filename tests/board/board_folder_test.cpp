@@ -40,8 +40,7 @@ class BoardFolder : public BoardCommand {
   }
 
   void Kill(const std::string& name) {
-    pid_t board = 0;
-    std::ifstream(Path(name) + "/lock") >> board;
+    const pid_t board = ProcessOf(name);
     ASSERT_GT(board, 1);
     ASSERT_EQ(kill(board, SIGKILL), 0);
     while (!Board({"list"}).standard_output.empty()) {

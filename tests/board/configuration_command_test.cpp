@@ -76,6 +76,14 @@ TEST_F(ConfigOption, InvalidFilesAreRefusedWithFileLineAndReason) {
   ExpectRefused("j.json", "[]", ":1: the file must be a table");
 }
 
+TEST_F(ConfigOption, EachOfManyLinesHasItsNumber) {
+  const std::string file = files_.Write("b.toml", "[gpio]\nlines = 300\n");
+  const std::string drive = KESTREL_BOARD_PROGRAM " line 299 high >&2; " KESTREL_BOARD_PROGRAM;
+  const std::string shown =
+      Board({"run", "--config", file, "sh", "-c", drive + " show"}).standard_output;
+  EXPECT_NE(shown.find("\n  line 299  high  "), std::string::npos) << shown;
+}
+
 TEST_F(ConfigOption, UnparsableFilesAreRefusedWithFileAndLine) {
   const std::string toml = files_.Write("x.toml", "[gpio]\nlines 3\n");
   const ProgramResult bad_toml = Board({"run", "--config", toml, "true"});

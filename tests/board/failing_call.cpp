@@ -112,13 +112,24 @@ int fstatat(int folder, const char* path, struct stat* status, int flags) noexce
 }
 
 ssize_t pwrite(int fd, const void* data, size_t size, off_t offset) {
-  return Fails("pwrite")
-             ? -1
-             : Next<ssize_t(int, const void*, size_t, off_t)>(kPwrite)(fd, data, size, offset);
+  const auto next = Next<ssize_t(int, const void*, size_t, off_t)>(kPwrite);
+  if (Fails("pwrite half")) {
+    errno = 0;
+    return next(fd, data, size / 2, offset);
+  }
+  return Fails("pwrite") ? -1 : next(fd, data, size, offset);
 }
 
 ssize_t write(int fd, const void* data, size_t size) {
   return Fails("write") ? -1 : Next<ssize_t(int, const void*, size_t)>("write")(fd, data, size);
+}
+
+int unlinkat(int folder, const char* path, int flags) noexcept {
+  const int result = Next<int(int, const char*, int)>("unlinkat")(folder, path, flags);
+  if (Fails("unlinkat and end")) {
+    _exit(0);
+  }
+  return result;
 }
 
 int memfd_create(const char* name, unsigned flags) noexcept {

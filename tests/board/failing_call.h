@@ -7,7 +7,8 @@
 namespace kestrel::test {
 
 /// For as long as it lives, one system call of this process fails: the first of that name. Calls
-/// that can fail so are listed at the end of failing_call.cpp.
+/// that can fail so are listed at the end of failing_call.cpp; "pwrite half" succeeds and writes
+/// half of what it was given, and "unlinkat and end" succeeds and ends the process.
 class FailingCall {
  public:
   FailingCall(const char* name, int error);

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // Faults on the command line.
 #include <algorithm>
+#include <filesystem>
 
 #include "board_command.h"
 
 namespace kestrel::test {
 namespace {
 
-using FaultOption = BoardCommand;
+class FaultOption : public BoardCommand {
+ protected:
+  const TemporaryDirectory files_;
+};
 
 TEST_F(FaultOption, LetsTheNamedCallFail) {
   const ProgramResult result = Board({"run", "--fault", "open:/dev/gpiochip0=EACCES", kProbe});
@@ -60,6 +64,25 @@ TEST_F(FaultOption, HitsProgramsWithoutAStandardStream) {
   const ProgramResult result = Board(run);
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.standard_output, "");
+}
+
+TEST_F(FaultOption, HitsFilesOfABoardWhosePathHasSpacesAndLinks) {
+  const std::string folder = folder_.path() + "/of boards";
+  const std::string link = folder_.path() + "/link";
+  std::filesystem::create_directory(folder);
+  std::filesystem::create_directory_symlink(folder, link);
+  const std::string script =
+      KESTREL_BOARD_PROGRAM " network ready >&2; exec head -c 1 /var/run/network_status";
+  for (const std::string& place : {folder, link + "/deeper"}) {
+    const ProgramResult result = RunProgram(
+        Arguments({"run", "--config", files_.Write("b.toml", "network.status = \"absent\""),
+                   "--fault", "read:/var/run/network_status=EIO", "sh", "-c", script}),
+        {{"KESTREL_BOARD_DIR", place}});
+    EXPECT_EQ(result.standard_error,
+              "ready\nhead: error reading '/var/run/network_status': Input/output error\n");
+  }
+  std::filesystem::remove_all(folder);
+  std::filesystem::remove(link);
 }
 
 TEST_F(FaultOption, ManyAreTakenAtOnce) {

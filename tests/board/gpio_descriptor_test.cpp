@@ -46,6 +46,13 @@ TEST(GpioDescriptor, OpenFlagsAreHonoured) {
   EXPECT_EQ(fcntl(special, F_GETFL) & O_NONBLOCK, O_NONBLOCK);
 }
 
+TEST(GpioDescriptor, ClosingReturnsWhatTheKernelDoes) {
+  const int chip = open(kChip, O_RDONLY | O_CLOEXEC);
+  EXPECT_EQ(close(chip), 0);
+  EXPECT_EQ(close(chip), -1);
+  EXPECT_EQ(errno, EBADF);
+}
+
 TEST(GpioDescriptor, OpenFlagsThatNoDeviceCanMeetAreRefused) {
   EXPECT_EQ(open(kChip, O_RDONLY | O_DIRECTORY), -1);
   EXPECT_EQ(errno, ENOTDIR);

@@ -157,6 +157,16 @@ TEST_F(NetworkCommands, FileGoesWithItsBoard) {
   EXPECT_TRUE(folder_.IsEmpty());
 }
 
+TEST_F(NetworkCommands, StatusThatCannotBeWrittenIsReportedAndTheOldOneStays) {
+  const std::string start = "ulimit -f 1; trap '' XFSZ; exec " KESTREL_BOARD_PROGRAM " start bench";
+  ASSERT_EQ(RunProgram({"bash", "-c", start}, environment_).status, 0);
+  started_.emplace_back("bench");
+  const ProgramResult result = Board({"network", "bytes", std::string(3000, '0')});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.standard_error, "kestrel-board: " + StatusFile() + ": File too large\n");
+  EXPECT_EQ(Board({"network"}).standard_output, "ready\n");
+}
+
 TEST_F(NetworkCommands, StatusCanBeConfigured) {
   EXPECT_EQ(StateWith("[network]\nstatus = \"ready\"\n"), "ready:01 01 01 01 01");
   EXPECT_EQ(StateWith("[network]\nstatus = \"down\"\n"), "down:00 00 00 00 00");
@@ -173,7 +183,7 @@ TEST_F(NetworkCommands, InvalidStatusIsRefused) {
       "must be ready, down, absent, or bytes and up to 4096 of them in hexadecimal, such as bytes "
       "0100010101";
   for (const std::string status :
-       {"up", "bytes 0", "bytes 0g", "bytes00", "bytes 0 g", "ready x", "READY"}) {
+       {"", "up", "bytes 0", "bytes 0g", "bytes00", "bytes 0 g", "ready x", "READY"}) {
     ExpectRefused("b.toml", "[network]\nstatus = \"" + status + "\"\n",
                   ":2: 'network.status': the status " + expected);
     std::string reason = "the status '";

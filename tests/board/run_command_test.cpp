@@ -39,6 +39,13 @@ TEST_F(RunCommand, StandardStreamsAreTheProgramsOwn) {
   EXPECT_EQ(result.standard_error, "err\n");
 }
 
+TEST_F(RunCommand, ProgramHasNoDescriptorMoreThanWithoutABoard) {
+  const std::vector<std::string> list = {"sh", "-c", "exec ls /proc/$$/fd"};
+  std::vector<std::string> run = list;
+  run.insert(run.begin(), "run");
+  EXPECT_EQ(Board(run).standard_output, RunProgram(list).standard_output);
+}
+
 TEST_F(RunCommand, ClosedStandardStreamsStayClosed) {
   const std::string board = KESTREL_BOARD_PROGRAM;
   const std::string script = board + " run sh -c '[ ! -e /proc/self/fd/1 ] && exit 6' >&- <&-";
@@ -162,7 +169,10 @@ TEST_F(RunCommand, ExistingPreloadsAndSanitizerOptionsAreKept) {
 }
 
 TEST_F(RunCommand, BadArgumentsAreRefusedInOneLine) {
-  ExpectUsageError({"run"}, "run: which program? Give PROGRAM [ARG...] after the options");
+  const std::string which = "run: which program? Give PROGRAM [ARG...] after the options";
+  ExpectUsageError({"run"}, which);
+  ExpectUsageError({"run", "--config"}, which);
+  ExpectUsageError({"run", "--name", "x", "--fault"}, which);
   ExpectUsageError({"run", "--"}, "run: which program? Give PROGRAM [ARG...] after the options");
   ExpectUsageError({"run", "--nam", "x", "true"},
                    "The following argument was not expected: --nam (see kestrel-board --help)");

@@ -6,11 +6,14 @@
 #include <gtest/gtest.h>
 #include <linux/gpio.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <nlohmann/json.hpp>
 
 #include "failing_call.h"
+#include "protocol/descriptor_message.h"
 #include "protocol/exchange.h"
 #include "protocol/text_file.h"
 #include "served_board.h"
@@ -20,6 +23,7 @@ namespace kestrel::test {
 namespace {
 
 using board::UniqueFd;
+using board::wire::DescriptorMessage;
 using board::wire::MakeTextFile;
 using board::wire::Operation;
 using board::wire::Outcome;
@@ -194,6 +198,28 @@ TEST(TextFile, WithoutSpaceThereIsNone) {
   const FailingCall failing("write", ENOSPC);
   EXPECT_FALSE(MakeTextFile("x").valid());
   EXPECT_EQ(errno, ENOSPC);
+}
+
+TEST(DescriptorMessage, CarriesPiecesOfEverySizeAndDescriptorsOfEveryNumber) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+  const UniqueFd sender(ends[0]);
+  const UniqueFd receiver(ends[1]);
+  for (const int descriptor : {-1, STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO, sender.get()}) {
+    for (const size_t size : {size_t{0}, size_t{1}, size_t{2}, size_t{4096}}) {
+      std::string header = "head";
+      std::string data(size, 'x');
+      DescriptorMessage out(header.data(), header.size(), data.data(), data.size());
+      ASSERT_EQ(out.Send(sender.get(), descriptor), static_cast<ssize_t>(4 + size));
+      std::string text(4, '\0');
+      std::string rest(size + 1, '\0');
+      DescriptorMessage in(text.data(), text.size(), rest.data(), rest.size());
+      ASSERT_EQ(in.Receive(receiver.get()), static_cast<ssize_t>(4 + size));
+      const UniqueFd received(in.descriptor());
+      EXPECT_EQ(text + rest, header + data + '\0');
+      EXPECT_EQ(received.valid(), descriptor >= 0) << descriptor;
+    }
+  }
 }
 
 }  // namespace

@@ -6,11 +6,14 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <algorithm>
+#include <array>
 #include <list>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "board_command.h"
+#include "stopped_process.h"
 
 namespace kestrel::test {
 namespace {
@@ -33,13 +36,16 @@ class SilentClient {
   SilentClient(const SilentClient&) = delete;
   SilentClient& operator=(const SilentClient&) = delete;
 
-  bool IsTurnedAway() const {
-    pollfd end{socket_, POLLIN, 0};
-    char byte = 0;
-    return poll(&end, 1, 20000) == 1 && read(socket_, &byte, 1) == 0;
-  }
+  bool IsTurnedAway() const { return EndsWithin(20000); }
+  bool HasEnded() const { return EndsWithin(0); }
 
  private:
+  bool EndsWithin(int milliseconds) const {
+    pollfd end{socket_, POLLIN, 0};
+    char byte = 0;
+    return poll(&end, 1, milliseconds) == 1 && read(socket_, &byte, 1) == 0;
+  }
+
   int socket_;
 };
 
@@ -145,7 +151,47 @@ TEST_F(BoardOfFortyDescriptors, TurnsAwayWhoeverComesWhenItHasNone) {
   }
   EXPECT_EQ(Board({"exec", "bench", kProbe}).standard_output, "level 1\n");
 }
+
+TEST_F(BoardOfFortyDescriptors, GivesThePlacesOfThoseWhoHaveGoneToWhoeverComesNext) {
+  std::list<SilentClient> clients;
+  for (int i = 0; i < 40; ++i) {
+    clients.emplace_back(folder_.path() + "/bench/socket");
+  }
+  ASSERT_TRUE(clients.back().IsTurnedAway());
+  std::optional<SilentClient> next;
+  {
+    // It sees those who go and the one who comes at once.
+    const StoppedProcess board(ProcessOf("bench"));
+    clients.clear();
+    next.emplace(folder_.path() + "/bench/socket");
+  }
+  EXPECT_EQ(Board({"exec", "bench", kProbe}).standard_output, "level 1\n");
+  EXPECT_FALSE(next->HasEnded());
+}
 #endif
+
+TEST_F(SharedBoard, ProgramWithoutStandardStreamsReachesItsDevices) {
+  Start("bench");
+  for (const char* const closed : {" <&-", " 2>&-", " <&- 2>&-"}) {
+    EXPECT_EQ(Board({"exec", "bench", "sh", "-c", kProbe + closed}).standard_output, "level 1\n")
+        << closed;
+  }
+}
+
+TEST_F(SharedBoard, SaysWhatIsWrongInOneCall) {
+  std::array<int, 2> calls{};
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, calls.data()), 0);
+  const std::string stop =
+      "exec " KESTREL_BOARD_PROGRAM " stop none 2>&" + std::to_string(calls[1]);
+  EXPECT_EQ(RunProgram({"bash", "-c", stop}, environment_).status, 1);
+  close(calls[1]);
+  std::array<char, 200> text{};
+  const ssize_t size = read(calls[0], text.data(), text.size());
+  EXPECT_EQ(std::string(text.data(), static_cast<size_t>(std::max<ssize_t>(size, 0))),
+            "kestrel-board: no board named 'none' is running (see kestrel-board list)\n");
+  EXPECT_EQ(read(calls[0], text.data(), text.size()), 0);
+  close(calls[0]);
+}
 
 TEST_F(SharedBoard, NameCanBeTakenOnlyOnce) {
   Start("bench");
@@ -155,8 +201,7 @@ TEST_F(SharedBoard, NameCanBeTakenOnlyOnce) {
 
 TEST_F(SharedBoard, NameOfAKilledBoardCanBeTakenAgain) {
   Start("bench");
-  pid_t board = 0;
-  std::ifstream(folder_.path() + "/bench/lock") >> board;
+  const pid_t board = ProcessOf("bench");
   ASSERT_GT(board, 1);
   ASSERT_EQ(kill(board, SIGKILL), 0);
   while (!Board({"list"}).standard_output.empty()) {
@@ -172,8 +217,7 @@ class EndingSignal : public SharedBoard, public testing::WithParamInterface<int>
 
 TEST_P(EndingSignal, StopsABoardThatCleansUp) {
   Start("bench");
-  pid_t board = 0;
-  std::ifstream(folder_.path() + "/bench/lock") >> board;
+  const pid_t board = ProcessOf("bench");
   ASSERT_GT(board, 1);
   EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(board) + "/cwd"), "/");
   EXPECT_EQ(getsid(board), board) << "the terminal's signals must not reach it";
@@ -285,6 +329,10 @@ TEST_F(SharedBoard, BadArgumentsAreRefusedInOneLine) {
   ExpectUsageError({"line"}, "NUMBER is required (see kestrel-board --help)");
   ExpectUsageError({"exec", "bench"},
                    "exec: which program? Give PROGRAM [ARG...] after the options");
+  for (const char* const command : {"list", "show", "fault", "network", "wifi"}) {
+    ExpectUsageError({command, "--bogus"},
+                     "The following argument was not expected: --bogus (see kestrel-board --help)");
+  }
   ExpectUsageError({"begin"},
                    "there is no command 'begin' (known: run, start, exec, stop, list, show, fault, "
                    "line, uart, network, wifi)");

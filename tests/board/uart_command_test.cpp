@@ -7,11 +7,11 @@
 #include <unistd.h>
 
 #include <array>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "board_command.h"
 #include "raw_port.h"
+#include "stopped_process.h"
 
 namespace kestrel::test {
 namespace {
@@ -60,7 +60,19 @@ TEST_F(UartCommand, WaitsUntilAProgramHasThePortOpen) {
   EXPECT_FALSE(command.WaitForOutput("answer", std::chrono::milliseconds(100)));
   EXPECT_FALSE(IsAttached(0));
   BackgroundProgram program(WithRawPort("answer"), environment_);
-  EXPECT_NE(command.Wait().standard_output.find("answer"), std::string::npos);
+  // It looks many times a second.
+  EXPECT_NE(command.Wait(std::chrono::seconds(15)).standard_output.find("answer"),
+            std::string::npos);
+}
+
+TEST_F(UartCommand, PortThatAProgramHasClosedDoesNotKeepTheBoardBusy) {
+  Start("bench");
+  {
+    BackgroundProgram program(WithRawPort("answer"), environment_);
+    ASSERT_TRUE(program.WaitForOutput("ready"));
+  }
+  ASSERT_TRUE(Eventually([this] { return !Port(0).at("open"); }));
+  EXPECT_TRUE(IsIdle(ProcessOf("bench")));
 }
 
 TEST_F(UartCommand, WithoutInputItListensUntilNobodyReads) {
@@ -203,38 +215,13 @@ TEST_F(UartOnTerminal, HandsOnEveryKeyButTheOneThatLeaves) {
   EXPECT_FALSE(terminal_.IsRaw());
 }
 
-/// A process that does nothing until the end of the scope.
-class StoppedProcess {
- public:
-  explicit StoppedProcess(pid_t pid) : pid_(pid) {
-    kill(pid_, SIGSTOP);
-    EXPECT_TRUE(Eventually([this] { return State() == 'T'; }));
-  }
-  ~StoppedProcess() { kill(pid_, SIGCONT); }
-  StoppedProcess(const StoppedProcess&) = delete;
-  StoppedProcess& operator=(const StoppedProcess&) = delete;
-
- private:
-  char State() const {
-    std::ifstream file("/proc/" + std::to_string(pid_) + "/stat");
-    std::string text;
-    std::getline(file, text);
-    // It follows the program's name, which stands in parentheses.
-    const size_t name_end = text.rfind(") ");
-    return name_end == std::string::npos ? '?' : text.at(name_end + 2);
-  }
-
-  pid_t pid_;
-};
-
 TEST_F(UartOnTerminal, KeysOfACommandThatHasLeftReachABusyBoard) {
   Start("bench");
   BackgroundProgram program(WithRawPort("answer"), environment_);
   ASSERT_TRUE(program.WaitForOutput("ready"));
   BackgroundProgram command(Attached(), environment_);
   ASSERT_TRUE(Eventually([this] { return IsAttached(0) && terminal_.IsRaw(); }));
-  pid_t server = 0;
-  std::ifstream(folder_.path() + "/bench/lock") >> server;
+  const pid_t server = ProcessOf("bench");
   ASSERT_GT(server, 1);
   {
     const StoppedProcess board(server);

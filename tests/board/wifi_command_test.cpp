@@ -37,6 +37,7 @@ TEST_F(WifiCommands, StateIsShownWithoutPassphrases) {
   }
   client.AskUntil("STATUS", "COMPLETED");
   client.Ask("LIST_NETWORKS");
+  EXPECT_EQ(Show().at("socket"), "/var/volatile/tmp/wlan0_request_socket");
   const std::string shown = Board({"wifi"}).standard_output;
   const std::string process = std::to_string(getpid());
   const std::vector<std::string> lines = {
@@ -143,8 +144,10 @@ TEST_F(WifiCommands, AccessPointsAreAddedAndRemoved) {
           .status,
       0);
   EXPECT_EQ(Show().at("access_points").at(2).at("hidden"), true);
+  EXPECT_EQ(Board({"wifi", "add", "z", "--security", "open"}).status, 0);
   ExpectUsageError({"wifi", "add", "y", "--bssid", "02:00:00:00:00:0A"},
                    "there is an access point with address 02:00:00:00:00:0a already");
+  EXPECT_EQ(Board({"wifi", "remove", "z"}).status, 0);
   ExpectUsageError({"wifi", "add", "y", "--security", "open", "--passphrase", "12345678"},
                    "with security open there is no passphrase");
   ExpectUsageError({"wifi", "add", "y", "--channel", "15"},

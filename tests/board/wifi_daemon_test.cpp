@@ -38,6 +38,13 @@ class WifiDaemon : public WifiBoard {
       EXPECT_EQ(client.Ask(exchange.command), exchange.reply) << exchange.command;
     }
   }
+
+  void StoreWithWrongPassphrase(const WifiClient& client) {
+    Expect(client, {{"ADD_NETWORK", "0\n"},
+                    {"SET_NETWORK 0 ssid \"Kestrel Lab\"", "OK\n"},
+                    {"SET_NETWORK 0 psk \"kestrel-lib\"", "OK\n"},
+                    {"ENABLE_NETWORK 0", "OK\n"}});
+  }
 };
 
 TEST_F(WifiDaemon, ScansAsRecorded) {
@@ -220,10 +227,7 @@ TEST_F(WifiDaemon, NetworkWithoutItsPassphraseIsNotTried) {
 TEST_F(WifiDaemon, WrongPassphraseIsTriedAgainWhenItIsChanged) {
   StartWith(kQuickWifi);
   const WifiClient client(SocketPath());
-  Expect(client, {{"ADD_NETWORK", "0\n"},
-                  {"SET_NETWORK 0 ssid \"Kestrel Lab\"", "OK\n"},
-                  {"SET_NETWORK 0 psk \"kestrel-lib\"", "OK\n"},
-                  {"ENABLE_NETWORK 0", "OK\n"}});
+  StoreWithWrongPassphrase(client);
   client.AskUntil("LIST_NETWORKS", "[TEMP-DISABLED]");
   Expect(client, {{"SET_NETWORK 0 psk \"kestrel-lab\"", "OK\n"}});
   const std::string status = client.AskUntil("STATUS", "COMPLETED");
@@ -248,10 +252,7 @@ TEST_F(WifiDaemon, IsInactiveOnlyWhenAllNetworksAreDisabled) {
 TEST_F(WifiDaemon, NetworkThatIsDisabledIsNotTemporarilyDisabledAsWell) {
   StartWith(kQuickWifi);
   const WifiClient client(SocketPath());
-  Expect(client, {{"ADD_NETWORK", "0\n"},
-                  {"SET_NETWORK 0 ssid \"Kestrel Lab\"", "OK\n"},
-                  {"SET_NETWORK 0 psk \"kestrel-lib\"", "OK\n"},
-                  {"ENABLE_NETWORK 0", "OK\n"}});
+  StoreWithWrongPassphrase(client);
   EXPECT_NE(client.AskUntil("LIST_NETWORKS", "[TEMP-DISABLED]").find("[TEMP"), std::string::npos);
   Expect(client, {{"DISABLE_NETWORK 0", "OK\n"},
                   {"LIST_NETWORKS",
@@ -261,13 +262,77 @@ TEST_F(WifiDaemon, NetworkThatIsDisabledIsNotTemporarilyDisabledAsWell) {
 TEST_F(WifiDaemon, WrongPassphraseIsTriedAgainAfterATime) {
   StartWith("[wifi]\nassociation-time = 200\nretry-time = 200\n");
   const WifiClient client(SocketPath());
-  Expect(client, {{"ADD_NETWORK", "0\n"},
-                  {"SET_NETWORK 0 ssid \"Kestrel Lab\"", "OK\n"},
-                  {"SET_NETWORK 0 psk \"kestrel-lib\"", "OK\n"},
-                  {"ENABLE_NETWORK 0", "OK\n"}});
+  StoreWithWrongPassphrase(client);
   client.AskUntil("LIST_NETWORKS", "[TEMP-DISABLED]");
   EXPECT_NE(client.AskUntil("LIST_NETWORKS", "[CURRENT]").find("[CURRENT]"), std::string::npos);
   EXPECT_NE(client.AskUntil("LIST_NETWORKS", "[TEMP-DISABLED]").find("[TEMP"), std::string::npos);
+}
+
+TEST_F(WifiDaemon, SelectingANetworkEndsItsPause) {
+  StartWith("[wifi]\nscan-time = 0\nassociation-time = 200\nretry-time = 600000\n");
+  const WifiClient client(SocketPath());
+  StoreWithWrongPassphrase(client);
+  EXPECT_NE(client.AskUntil("LIST_NETWORKS", "[TEMP-DISABLED]").find("[TEMP"), std::string::npos);
+  Expect(client, {{"SELECT_NETWORK 0", "OK\n"}});
+  EXPECT_NE(client.AskUntil("LIST_NETWORKS", "[CURRENT]").find("[CURRENT]"), std::string::npos);
+}
+
+TEST_F(WifiDaemon, ReconnectingWhereNobodyHasDisconnectedChangesNothing) {
+  StartWith(kQuickWifi);
+  const WifiClient client(SocketPath());
+  Expect(client, {{"RECONNECT", "OK\n"},
+                  {"ADD_NETWORK", "0\n"},
+                  {"SET_NETWORK 0 ssid \"Kestrel Guest\"", "OK\n"},
+                  {"SET_NETWORK 0 key_mgmt NONE", "OK\n"},
+                  {"ENABLE_NETWORK 0", "OK\n"}});
+  EXPECT_NE(client.AskUntil("STATUS", "COMPLETED").find("COMPLETED"), std::string::npos);
+}
+
+TEST_F(WifiDaemon, PrioritiesAreNumbersOfOneByte) {
+  StartWith(kQuickWifi);
+  const WifiClient client(SocketPath());
+  Expect(client, {{"ADD_NETWORK", "0\n"},
+                  {"SET_NETWORK 0 priority 255", "OK\n"},
+                  {"SET_NETWORK 0 priority 256", "FAIL\n"},
+                  {"SET_NETWORK 0 priority 2550", "FAIL\n"},
+                  {"SET_NETWORK 0 priority 100x", "FAIL\n"},
+                  {"SET_NETWORK 0 priority ", "FAIL\n"},
+                  {"GET_NETWORK 0 priority", "255"}});
+}
+
+TEST_F(WifiDaemon, SignalsAreToldWhateverTheirSign) {
+  StartWith(std::string(kQuickWifi) +
+            "[[wifi.access-point]]\nname = \"near\"\nsecurity = \"open\"\nsignal = 5\n"
+            "[[wifi.access-point]]\nname = \"far\"\nsecurity = \"open\"\nsignal = -128\n");
+  const WifiClient client(SocketPath());
+  Expect(client, {{"SCAN", "OK\n"}});
+  const std::string results = client.AskUntil("SCAN_RESULTS", "far");
+  EXPECT_NE(results.find("\t5\t[ESS]\tnear\n"), std::string::npos) << results;
+  EXPECT_NE(results.find("\t-128\t[ESS]\tfar\n"), std::string::npos) << results;
+}
+
+TEST_F(WifiDaemon, ListHasRoomForATerminatingNul) {
+  constexpr size_t kBuffer = 4096;
+  StartWith(kQuickWifi);
+  const WifiClient client(SocketPath());
+  const auto name = [&client](int id, size_t length) {
+    EXPECT_EQ(client.Ask("SET_NETWORK " + std::to_string(id) + " ssid \"" +
+                         std::string(length, 'x') + '"'),
+              "OK\n");
+  };
+  constexpr int kLast = 79;
+  for (int id = 0; id <= kLast; ++id) {
+    Expect(client, {{"ADD_NETWORK", std::to_string(id) + "\n"}});
+    name(id, id == kLast ? 1 : 32);
+  }
+  const size_t size = client.Ask("LIST_NETWORKS").size();
+  ASSERT_LT(size, kBuffer);
+  const size_t room = kBuffer - size;
+  ASSERT_LT(room, 32U);
+  name(kLast, room);
+  EXPECT_EQ(client.Ask("LIST_NETWORKS").size(), kBuffer - 1);
+  name(kLast, room + 1);
+  EXPECT_EQ(client.Ask("LIST_NETWORKS").find("\n79\t"), std::string::npos);
 }
 
 TEST_F(WifiDaemon, ListsAreCutBeforeTheFirstLineThatDoesNotFit) {

@@ -27,6 +27,8 @@ TEST(WifiText, UnescapesShortAndOctalNumbersToo) {
   EXPECT_EQ(Unescape(R"(\x4g\101\0\18)"),
             "\x04gA\0\1"
             "8"s);
+  // A number ends where it has its digits, whatever follows.
+  EXPECT_EQ(Unescape(R"(\x41f\1012)"), "AfA2");
   EXPECT_EQ(Unescape(R"(a\qb\x)"), "ab");
   EXPECT_EQ(Unescape("a\\"), "a");
 }

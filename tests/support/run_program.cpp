@@ -6,11 +6,13 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstring>
 #include <stdexcept>
+#include <thread>
 
 namespace kestrel::test {
 namespace {
@@ -40,7 +42,23 @@ void Drain(int& descriptor, std::string& text) {
   }
 }
 
+/// How long processors have worked for a process.
+std::chrono::nanoseconds ProcessorTime(pid_t process) {
+  clockid_t clock{};
+  timespec time{};
+  if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+    throw std::runtime_error("there is no such process");
+  }
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
 }  // namespace
+
+bool IsIdle(pid_t process) {
+  const std::chrono::nanoseconds before = ProcessorTime(process);
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  return ProcessorTime(process) - before < std::chrono::milliseconds(100);
+}
 
 ProgramResult RunProgram(const std::vector<std::string>& arguments,
                          const Environment& environment) {

@@ -23,6 +23,9 @@ struct ProgramResult {
 ProgramResult RunProgram(const std::vector<std::string>& arguments,
                          const Environment& environment = {});
 
+/// Whether a process that has nothing to do leaves the processor alone.
+bool IsIdle(pid_t process);
+
 /// A program that runs beside the test. It is killed at the end of its scope.
 class BackgroundProgram {
  public:

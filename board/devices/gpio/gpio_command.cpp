@@ -12,6 +12,7 @@
 #include <string>
 
 #include "cli/command_context.h"
+#include "host/error.h"
 
 namespace kestrel::board::gpio {
 namespace {
@@ -71,8 +72,9 @@ struct LineOptions {
 void WarnWhenOverruled(const LineOptions& options, const json& line) {
   if (options.level.has_value() && *options.level != "release" &&
       *options.level != line.at("level")) {
-    std::cerr << "kestrel-board: line " << options.line << " stays "
-              << line.at("level").get<std::string>() << ": it is an output that a program drives\n";
+    PrintDiagnostic("line " + std::to_string(options.line) + " stays " +
+                    line.at("level").get<std::string>() +
+                    ": it is an output that a program drives");
   }
 }
 

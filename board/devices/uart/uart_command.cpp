@@ -112,7 +112,7 @@ void Attach(const UartOptions& options, const CommandContext& context) {
   }
   UniqueFd wire = context.Attach(Request(options));
   if (isatty(STDIN_FILENO) != 0) {
-    std::cerr << "attached to /dev/ttyS" << options.port << "; Ctrl-] leaves\n" << std::flush;
+    std::cerr << "attached to /dev/ttyS" + std::to_string(options.port) + "; Ctrl-] leaves\n";
   }
   const int signal_number = Attachment(std::move(wire), options.linger).Run();
   if (signal_number != 0) {
