@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "eager_binding.h"
 #include "host/error.h"
 #include "host/event_loop.h"
 #include "host/unique_fd.h"
@@ -119,6 +120,7 @@ int Fail(const Options& options, const std::string& reason, int status) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  kestrel::relay::BindAllCalls(argv);
   OccupyStandardStreams();
   signal(SIGPIPE, SIG_IGN);
   Options options;

@@ -137,11 +137,13 @@ TEST(CommandFilter, RefusesTextThatCouldEndOrLeaveItsQuotes) {
         "delete it\x7f", "Caf\xc3\xa9 1234", "bssid\" \"12345"}) {
     ExpectEach(Verdict::kOtherForm, {Ssid(text), Psk(text)});
   }
-  ExpectEach(Verdict::kOtherForm,
-             {"SET_NETWORK 0 psk \"", "SET_NETWORK 0 psk 12345678", "SET_NETWORK 0 psk \"12345678",
-              "SET_NETWORK 0 psk 12345678\"", "SET_NETWORK 0 psk \"12345678\" ",
-              "SET_NETWORK 0 psk  \"12345678\"", "SET_NETWORK 0 psk ", "SET_NETWORK 0 ssid \"",
-              Ssid(std::string("a\0b", 3))});
+  ExpectEach(
+      Verdict::kOtherForm,
+      {"SET_NETWORK 0 psk \"", "SET_NETWORK 0 psk 12345678", "SET_NETWORK 0 psk \"12345678",
+       "SET_NETWORK 0 psk \"123456789", "SET_NETWORK 0 ssid \"Home", "SET_NETWORK 0 ssid Home\"",
+       "SET_NETWORK 0 ssid \"Home\n", "SET_NETWORK 0 psk 12345678\"",
+       "SET_NETWORK 0 psk \"12345678\" ", "SET_NETWORK 0 psk  \"12345678\"", "SET_NETWORK 0 psk ",
+       "SET_NETWORK 0 ssid \"", Ssid(std::string("a\0b", 3))});
 }
 
 TEST(CommandFilter, RefusesTextThatTheLibraryWouldNotTake) {

@@ -176,8 +176,37 @@ TEST_F(RelayExchange, ProgramThatSendsNoMoreStillGetsItsReply) {
   EXPECT_TRUE(program.SeesTheEnd());
 }
 
+TEST_F(RelayExchange, WaitingTakesNoProcessor) {
+  Start();
+  const Program program(socket_path_);
+  ExpectExchange(program, "STATUS", "OK\n");
+  EXPECT_TRUE(IsIdle(relay_->pid())) << "between commands";
+  program.Send("STATUS");
+  EXPECT_TRUE(IsIdle(relay_->pid())) << "before the reply";
+  supplicant_->Expect("STATUS", "OK\n");
+  EXPECT_EQ(program.Receive(), "OK\n");
+}
+
+TEST_F(RelayExchange, ProgramThatWantsNoRepliesAnyMoreLosesItsPlace) {
+  Start({"--clients", "2"});
+  const Program program(socket_path_);
+  const Program other(socket_path_);
+  program.Send("STATUS");
+  shutdown(program.descriptor(), SHUT_RD);
+  supplicant_->Expect("STATUS", "OK\n");
+  AwaitRelay(other);
+  const Program next(socket_path_);
+  ExpectExchange(next, "STATUS", "OK\n");
+}
+
 TEST_F(RelayExchange, ProgramThatDoesNotReadItsRepliesIsSentAway) {
   Start({"--timeout", "0.2"});
+  // What is told of these leaves what is told of it alone.
+  for (int count = 0; count < 20; ++count) {
+    const Program refused(socket_path_);
+    refused.Send("TERMINATE");
+    EXPECT_EQ(refused.Receive(), "FAIL\n");
+  }
   const Program program(socket_path_);
   constexpr int kCommands = 150;
   for (int count = 0; count < kCommands; ++count) {

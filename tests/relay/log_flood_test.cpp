@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // How little programs can make the relay say, whatever they do.
 #include <algorithm>
+#include <chrono>
 #include <regex>
+#include <thread>
 
 #include "relay/relay_fixture.h"
 
@@ -75,6 +77,39 @@ TEST_F(RelayFlood, OfProgramsThatComeAndGoIsLimited) {
   const size_t told = CountLines(log, " has (connected|left)");
   EXPECT_EQ(told + LeftOut(log, "programs that come and go"), 2 * size_t{kTimes} + 2);
   EXPECT_LT(told, size_t{kTimes}) << "500 in ten seconds";
+}
+
+TEST_F(RelayFlood, OfCommandsIsLimitedApartFromThoseThatFail) {
+  constexpr int kCommands = 510;
+  Start({"--verbose"});
+  const Program program(socket_path_);
+  for (int count = 0; count < kCommands; ++count) {
+    ExpectExchange(program, "STATUS", "OK\n");
+  }
+  supplicant_.reset();
+  program.Send("STATUS");
+  EXPECT_EQ(program.Receive(), "FAIL\n");
+  const std::string log = Stop().standard_error;
+  EXPECT_EQ(CountLines(log, " process [0-9]+: STATUS") + LeftOut(log, "commands"), kCommands + 1U);
+  EXPECT_GT(LeftOut(log, "commands"), 0U);
+  EXPECT_EQ(CountLines(log, ": STATUS has failed: .*"), 1U);
+}
+
+TEST_F(RelayFlood, OfRefusedCommandsIsTheSameAfterASecond) {
+  Start();
+  const auto refuse_ten = [this] {
+    for (int count = 0; count < 10; ++count) {
+      const Program program(socket_path_);
+      program.Send("TERMINATE");
+      ASSERT_EQ(program.Receive(), "FAIL\n");
+    }
+  };
+  refuse_ten();
+  std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+  refuse_ten();
+  const std::string log = Stop().standard_error;
+  EXPECT_EQ(CountLines(log, " has sent TERMINATE, .*"), 10U);
+  EXPECT_EQ(LeftOut(log, "refused commands"), 10U);
 }
 
 TEST_F(RelayFlood, OfProgramsThatAreTurnedAwayIsLimited) {

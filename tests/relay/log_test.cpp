@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "limited_log.h"
 
@@ -58,6 +59,19 @@ TEST_F(LimitedLogTest, WritesSomeAndCountsTheRest) {
       text, HasSubstr(std::string(kName) + "refused commands: 1234 more of these were left out\n"));
 }
 
+TEST_F(LimitedLogTest, WritesNoMoreNotesThanWarnings) {
+  {
+    LimitedLog log(loop_, quiet_);
+    for (size_t count = 0; count < LimitedLog::kMostWarnings; ++count) {
+      log.Info(Topic::kSupplicant, "again");
+    }
+    log.Info(Topic::kSupplicant, "one more");
+  }
+  const std::string text = GetCapturedStderr();
+  EXPECT_EQ(CountLines(text, "again\n"), LimitedLog::kMostWarnings);
+  EXPECT_EQ(CountLines(text, "one more"), 0U);
+}
+
 TEST_F(LimitedLogTest, SaysNothingOfNothing) {
   {
     LimitedLog log(loop_, quiet_);
@@ -73,6 +87,26 @@ TEST_F(LimitedLogTest, KeepsTopicsApart) {
     log.Info(Topic::kSupplicant, "answers");
   }
   EXPECT_EQ(CountLines(GetCapturedStderr(), "answers\n"), 1U);
+}
+
+TEST_F(LimitedLogTest, NamesEachTopic) {
+  constexpr std::pair<Topic, const char*> kTopics[] = {
+      {Topic::kConnections, "programs that come and go"},
+      {Topic::kCommands, "commands"},
+      {Topic::kFailures, "commands that failed"},
+      {Topic::kRefusals, "refused commands"},
+      {Topic::kUnreadReplies, "programs that do not read their replies"},
+      {Topic::kPlaces, "programs that find no room"},
+      {Topic::kSupplicant, "a supplicant that comes and goes"}};
+  std::string expected;
+  {
+    LimitedLog log(loop_, quiet_);
+    for (const auto& [topic, name] : kTopics) {
+      Warn(log, topic, LimitedLog::kMostWarnings + 1);
+      expected += kName + std::string(name) + ": 1 more of these were left out\n";
+    }
+  }
+  EXPECT_THAT(GetCapturedStderr(), testing::EndsWith(expected));
 }
 
 TEST_F(LimitedLogTest, BeginsAnewAfterEachIntervalAndTellsWhatWasLeftOut) {

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // No passphrase stays in the memory of the relay, whatever becomes of the command that it was in.
+#include <sys/stat.h>
+
 #include <fstream>
 #include <sstream>
 #include <vector>
@@ -74,6 +76,39 @@ class RelayMemory : public WithSupplicant {
   /// As long as a command may be.
   static std::string LongestCommand() { return "SET_NETWORK 0 psk " + Secret(4096 - 18); }
 };
+
+/// How many calls and addresses of all libraries are bound before the relay begins.
+int BoundAtTheStart(Environment environment) {
+  environment["LD_DEBUG"] = "statistics";
+  const ProgramResult result = RunProgram({KESTREL_WIFI_RELAY, "--version"}, environment);
+  EXPECT_EQ(result.status, 0);
+  const std::string text = "  number of relocations: ";
+  const size_t last = result.standard_error.rfind(text);
+  EXPECT_NE(last, std::string::npos) << result.standard_error;
+  return last == std::string::npos ? 0
+                                   : std::stoi(result.standard_error.substr(last + text.size()));
+}
+
+// A call that is bound later leaves parts of what was copied last on the stack.
+TEST(RelayLoading, BindsAllCallsOfAllLibrariesAtTheStart) {
+  const int all = BoundAtTheStart({{"LD_BIND_NOW", "1"}});
+  EXPECT_GT(all, 0);
+  EXPECT_EQ(BoundAtTheStart({{"LD_BIND_NOW", ""}}), all);
+}
+
+TEST(RelayLoading, GoesOnUnderANameThatCannotBeStarted) {
+  const TemporaryDirectory folder;
+  // A shell would run it, the kernel does not.
+  const std::string script = folder.Write("script", "echo from a shell\n");
+  ASSERT_EQ(chmod(script.c_str(), 0755), 0);
+  for (const std::string& name : {script, folder.path() + "/missing", std::string("missing")}) {
+    const ProgramResult result =
+        RunProgram({"bash", "-c", "exec -a '" + name + "' " KESTREL_WIFI_RELAY " --version"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.standard_output, "kestrel-wifi-relay " KESTREL_VERSION "\n");
+    EXPECT_EQ(result.standard_error, "");
+  }
+}
 
 TEST_F(RelayMemory, HasThePassphraseWhileItWaitsForTheSupplicantAndNoLonger) {
   Start({"--timeout", "1"});

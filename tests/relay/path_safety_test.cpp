@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -123,9 +124,28 @@ TEST_F(PathSafety, LinksAreFollowed) {
   EXPECT_THAT(RisksOf(of_all + "/link"), ElementsAre("everybody can write to " + of_all));
 }
 
+TEST_F(PathSafety, AsManyLinksAreFollowedAsTheKernelFollows) {
+  std::string path = Make("all", 0777);
+  for (int link = 1; link <= 41; ++link) {
+    fs::create_symlink(path, folder_.path() + "/" + std::to_string(link));
+    path = folder_.path() + "/" + std::to_string(link);
+    EXPECT_EQ(RisksOf(path).size(), access(path.c_str(), F_OK) == 0 ? 1U : 0U) << link;
+  }
+  EXPECT_EQ(errno, ELOOP);
+}
+
 TEST_F(PathSafety, LinksThatLeadNowhereEnd) {
   fs::create_symlink("circle", folder_.path() + "/circle");
   EXPECT_THAT(RisksOf(folder_.path() + "/circle"), IsEmpty());
+  // What would come next is not looked up elsewhere, so this folder's group is not the
+  // supplicant's.
+  const std::string of_group = Make("group", 0775);
+  fs::create_symlink("circle", of_group + "/circle");
+  folder_.Write("group/file", "");
+  for (const char* const name : {"/circle", "/file"}) {
+    EXPECT_THAT(RisksOf(of_group + name, GroupWriting::kIsIntended),
+                ElementsAre("a group can write to " + of_group));
+  }
 }
 
 TEST_F(PathSafety, FolderOfSomebodyElseIsNotSafe) {

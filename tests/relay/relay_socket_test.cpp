@@ -15,6 +15,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/error.h"
 #include "support/descriptors.h"
@@ -29,6 +30,7 @@ struct Calls {
   int listen_errno = 0;
   int lchown_errno = 0;
   int flock_errno = 0;
+  int unlink_errno = 0;                ///< of `path`
   std::function<void()> before_flock;  ///< the next one
   std::function<void()> before_each_flock;
   std::optional<gid_t> group;                ///< that lchown was called with
@@ -64,6 +66,12 @@ int listen(int fd, int backlog) noexcept {
 int lchown(const char* /*path*/, uid_t /*owner*/, gid_t group) noexcept {
   g_calls.group = group;
   return g_calls.lchown_errno != 0 ? FailWith(g_calls.lchown_errno) : 0;
+}
+
+int unlink(const char* path) noexcept {
+  return g_calls.unlink_errno != 0 && path == g_calls.path
+             ? FailWith(std::exchange(g_calls.unlink_errno, 0))
+             : Next<int(const char*)>("unlink")(path);
 }
 
 int flock(int fd, int operation) noexcept {
@@ -150,6 +158,45 @@ TEST_F(RelaySocketTest, NumbersBeyondGroupsAreNone) {
   EXPECT_EQ(FailureOfOpening("12a"), "there is no group '12a'");
 }
 
+TEST_F(RelaySocketTest, RemovingADeadSocketCanFail) {
+  const board::UniqueFd dead(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+  const UnixAddress address(path_);
+  ASSERT_EQ(bind(dead.get(), address.get(), UnixAddress::size()), 0);
+  g_calls.unlink_errno = EPERM;
+  EXPECT_EQ(FailureOfOpening(), path_ + ": Operation not permitted");
+  EXPECT_TRUE(std::filesystem::remove(path_));
+}
+
+TEST_F(RelaySocketTest, LinkIsNoSocketWhereverItLeads) {
+  const std::string dead = folder_.path() + "/dead";
+  const board::UniqueFd bound(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+  const UnixAddress address(dead);
+  ASSERT_EQ(bind(bound.get(), address.get(), UnixAddress::size()), 0);
+  for (const std::string& target : {dead, folder_.path() + "/missing"}) {
+    std::filesystem::create_symlink(target, path_);
+    EXPECT_EQ(FailureOfOpening(), path_ + ": is there already, and no socket");
+    EXPECT_TRUE(std::filesystem::remove(path_));
+  }
+  EXPECT_TRUE(std::filesystem::remove(dead));
+}
+
+TEST_F(RelaySocketTest, PathMayBeAsLongAsAnAddress) {
+  const std::string path = path_ + std::string(kLongestSocketPath - path_.size(), 'x');
+  const RelaySocket socket(path, 0660, "");
+  EXPECT_TRUE(HasListener(path, SOCK_SEQPACKET));
+  EXPECT_TRUE(S_ISSOCK(StatusOf(path).st_mode));
+}
+
+TEST_F(RelaySocketTest, ManyMayWaitToBeAccepted) {
+  const RelaySocket relay(path_, 0660, "");
+  const UnixAddress address(path_);
+  std::vector<board::UniqueFd> programs;
+  while (programs.size() < 64) {
+    programs.emplace_back(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    EXPECT_EQ(connect(programs.back().get(), address.get(), UnixAddress::size()), 0);
+  }
+}
+
 TEST_F(RelaySocketTest, ListeningCanFail) {
   g_calls.listen_errno = ENOBUFS;
   EXPECT_EQ(FailureOfOpening(), path_ + ": No buffer space available");
@@ -170,6 +217,23 @@ TEST_F(RelaySocketTest, LockThatIsRemovedWhileItIsTakenIsTakenAnew) {
   EXPECT_EQ(flock(lock, LOCK_EX | LOCK_NB), -1);
   EXPECT_EQ(errno, EWOULDBLOCK);
   close(lock);
+}
+
+TEST_F(RelaySocketTest, LockThatIsReplacedWhileItIsTakenIsTakenAnew) {
+  const std::string lock = path_ + ".lock";
+  ino_t replacement = 0;
+  g_calls.before_flock = [&] {
+    // Beside the old one, so that it gets another number.
+    const std::string name = folder_.Write("replacement", "");
+    chmod(name.c_str(), 0600);
+    replacement = StatusOf(name).st_ino;
+    std::filesystem::rename(name, lock);
+  };
+  const RelaySocket socket(path_, 0660, "");
+  EXPECT_EQ(StatusOf(lock).st_ino, replacement);
+  const board::UniqueFd another(open(lock.c_str(), O_RDWR | O_CLOEXEC));
+  EXPECT_EQ(flock(another.get(), LOCK_EX | LOCK_NB), -1);
+  EXPECT_EQ(errno, EWOULDBLOCK);
 }
 
 TEST_F(RelaySocketTest, LockThatIsRemovedAgainAndAgainIsGivenUp) {

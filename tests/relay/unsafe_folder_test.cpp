@@ -53,6 +53,17 @@ TEST_F(RelayFolder, WhereOthersCanWriteIsWarnedOf) {
                          Warning(sticky + "/supplicant", risk)));
 }
 
+TEST_F(RelayFolder, OneOfSeveralOnTheWayWhereOthersCanWriteIsWarnedOfEachTime) {
+  const std::string outer = Make("outer", 0777);
+  const std::string inner = Make("outer/inner", 0777);
+  const std::string safe = Make("safe", 0755);
+  StartCommand(PathsOf(inner, safe, safe));
+  EXPECT_THAT(Stop().standard_error,
+              StartsWith(Warning(inner + "/socket", "everybody can write to " + outer + "\n") +
+                         Warning(inner + "/socket", "everybody can write to " + inner + "\n") +
+                         "kestrel-wifi-relay: listening at "));
+}
+
 TEST_F(RelayFolder, WhereOthersCanWriteIsRefusedIfAskedTo) {
   const std::string safe = Make("safe", 0755);
   const std::string of_all = Make("all", 0777);
