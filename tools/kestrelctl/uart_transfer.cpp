@@ -104,18 +104,25 @@ std::optional<TransferEnd> Transfer::MoveBytes(short events) {
   return end;
 }
 
-std::optional<TransferEnd> Transfer::HandlePort(short events) {
-  std::optional<TransferEnd> end;
-  if ((events & kGone) == 0) {
-    end = MoveBytes(events);
-  }
-  // A port may also hang up just before it is read or written.
-  if ((events & kGone) != 0 || (end && (EventsOf(port_) & kGone) != 0)) {
-    receiver_.ReadRest();
-    has_hung_up_ = true;
+void Transfer::NoteHangUp() {
+  receiver_.ReadRest();
+  has_hung_up_ = true;
+}
+
+std::optional<TransferEnd> Transfer::UnlessHungUp(const std::optional<TransferEnd>& end) {
+  if (end && (EventsOf(port_) & kGone) != 0) {
+    NoteHangUp();
     return std::nullopt;
   }
   return end;
+}
+
+std::optional<TransferEnd> Transfer::HandlePort(short events) {
+  if ((events & kGone) != 0) {
+    NoteHangUp();
+    return std::nullopt;
+  }
+  return UnlessHungUp(MoveBytes(events));
 }
 
 std::optional<TransferEnd> Transfer::HandleOutput(short events) {
@@ -140,7 +147,7 @@ std::optional<TransferEnd> Transfer::Handle(const Events& events) {
     end = HandleOutput(events[kOutput].revents);
   }
   if (!end && !end_) {
-    end = sender_.Finish();
+    end = UnlessHungUp(sender_.Finish());
   }
   // Ctrl-C ends the reader of standard output as well, which is then no failure; the signal may
   // come a little later.

@@ -50,6 +50,10 @@ class Transfer {
   Events EventsToWaitFor() const;
   int TimeToWait() const;
   std::optional<TransferEnd> Handle(const Events& events);
+  /// Takes what a port still has that has hung up.
+  void NoteHangUp();
+  /// How a call on the port ended the transfer, unless the port hung up just before.
+  std::optional<TransferEnd> UnlessHungUp(const std::optional<TransferEnd>& end);
   std::optional<TransferEnd> HandlePort(short events);
   std::optional<TransferEnd> MoveBytes(short events);
   std::optional<TransferEnd> HandleOutput(short events);
