@@ -3,6 +3,7 @@
 #include <signal.h>
 
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "on_board.h"
 
@@ -66,14 +67,23 @@ TEST(KestrelctlSet, ReleasesTheLinesWhenTheTimeIsOver) {
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
 }
 
-TEST(KestrelctlSet, DrivesAsAsked) {
+TEST(KestrelctlSet, LeavesALevelToOthersThatItDoesNotDrive) {
+  for (const auto& [level, drive] : {std::pair("high", "open-drain"), {"low", "open-source"}}) {
+    const SharedBoard board;
+    BackgroundProgram holder(board.Exec(
+        {KESTRELCTL, "gpio", "set", std::string("4=") + level, "--drive", drive, "--hold", "600"}));
+    ASSERT_TRUE(holder.WaitForOutput(std::string("4=") + level + "\n")) << drive;
+    board.Drive(4, "low");
+    EXPECT_EQ(board.LevelOf(4), "low\n") << drive;
+    board.Drive(4, "high");
+    EXPECT_EQ(board.LevelOf(4), "high\n") << drive;
+  }
+}
+
+TEST(KestrelctlSet, DrivesBothLevelsWhenAskedToPushAndPull) {
   const SharedBoard board;
-  BackgroundProgram holder(
-      board.Exec({KESTRELCTL, "gpio", "set", "4=high", "--drive", "open-drain", "--hold", "600"}));
-  ASSERT_TRUE(holder.WaitForOutput("4=high\n"));
-  board.Drive(4, "low");
-  EXPECT_EQ(board.LevelOf(4), "low\n");
-  board.Drive(4, "high");
+  EXPECT_THAT(board.Kestrelctl({"gpio", "set", "4=high", "--drive", "push-pull"}),
+              Ends(0, "4=high\n", ""));
   EXPECT_EQ(board.LevelOf(4), "high\n");
 }
 

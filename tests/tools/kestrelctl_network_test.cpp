@@ -86,6 +86,20 @@ TEST(KestrelctlNetwork, GivesUpWhenTheTimeIsUp) {
   EXPECT_THAT(board.Kestrelctl({"network", "--wait", "0.3"}), Ends(3, "", kNoAnswer));
 }
 
+TEST(KestrelctlNetwork, TellsWhyTheLastOfItsQuestionsHadNoAnswer) {
+  const SharedBoard board;
+  board.Board({"network", "down"});
+  board.Count("open:/var/run/network_status");
+  BackgroundProgram waiting(board.Exec({KESTRELCTL, "network", "--wait", "600"}));
+  board.WaitForCalls(2);
+  board.Board({"network", "absent"});
+  board.Board({"fault", "--clear"});
+  board.Count("open:/var/run/network_status");
+  board.WaitForCalls(2);
+  waiting.Signal(SIGTERM);
+  EXPECT_THAT(waiting.Wait(), Ends(3, "", kNoAnswer));
+}
+
 TEST(KestrelctlNetwork, ShowsOnATerminalHowLongItWaits) {
   const SharedBoard board;
   board.Board({"network", "down"});

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <algorithm>
+#include <chrono>
+
 #include "support/terminal_program.h"
 #include "uart_board.h"
 
@@ -11,6 +14,7 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
+using Clock = std::chrono::steady_clock;
 
 const std::string kGreeting = " at 115200 bits per second; Ctrl-] leaves\r\n";
 const std::string kLeaveKey = "\x1d";
@@ -48,6 +52,13 @@ TEST_F(KestrelctlUartTerminal, PassesKeysOnThatHaveAMeaningElsewhere) {
   EXPECT_EQ(program.Wait(), 0);
 }
 
+TEST_F(KestrelctlUartTerminal, OpensThePortAsAsked) {
+  TerminalProgram program(board_.Uart({"2", "--baud", "9600", "--flow", "xon-xoff"}));
+  ASSERT_TRUE(program.WaitForScreen("UART 2 at 9600 bits per second; Ctrl-] leaves\r\n"));
+  EXPECT_EQ(board_.Port(2).at("speed"), 9600);
+  EXPECT_THAT(board_.Port(2).at("flow_control").dump(), HasSubstr("xon"));
+}
+
 TEST_F(KestrelctlUartTerminal, SendsWhatWasTypedBeforeLeaving) {
   BackgroundProgram receiver(board_.Uart({"1", "--receive", "--bytes", "4"}));
   ASSERT_TRUE(board_.WaitUntilOpen(1));
@@ -76,6 +87,22 @@ TEST_F(KestrelctlUartTerminal, RestoresTheTerminalWhenLeft) {
   program.Type(kLeaveKey);
   EXPECT_EQ(program.Wait(), 0);
   EXPECT_TRUE(HaveSameModes(program.Settings(), program.InitialSettings()));
+}
+
+TEST_F(KestrelctlUartTerminal, IsLeftAtOnceUnlessThePortHasStopped) {
+  // A port that has stopped is waited for for a second; a busy machine may take as long, at times.
+  constexpr std::chrono::seconds kPatience(1);
+  Clock::duration fastest = Clock::duration::max();
+  for (int i = 0; i < 10 && fastest >= kPatience; ++i) {
+    TerminalProgram program(board_.Uart({"2"}));
+    ASSERT_TRUE(IsTalking(program));
+    const auto start = Clock::now();
+    program.Type(kLeaveKey);
+    ASSERT_TRUE(program.WaitForScreen("ready\r\n"));
+    fastest = std::min(fastest, Clock::now() - start);
+    EXPECT_EQ(program.Wait(), 0);
+  }
+  EXPECT_LT(fastest, kPatience);
 }
 
 class EndingSignal : public KestrelctlUartTerminal, public testing::WithParamInterface<int> {};

@@ -4,7 +4,6 @@
 #include <sys/resource.h>
 
 #include <chrono>
-#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "uart_board.h"
@@ -159,7 +158,7 @@ TEST_F(KestrelctlUart, OpensThePortAsAsked) {
   json port;
   const auto deadline = Clock::now() + std::chrono::seconds(20);
   do {
-    port = json::parse(board_.Board({"show", "--json"})).at("uart").at("ports").at(0);
+    port = board_.Port(0);
   } while (port.at("speed") != 9600 && Clock::now() < deadline);
   EXPECT_EQ(port.at("speed"), 9600);
   EXPECT_EQ(port.at("flow_control").dump().find("xon") != std::string::npos, true) << port;
@@ -175,8 +174,7 @@ INSTANTIATE_TEST_SUITE_P(Every, KestrelctlUartBaud,
 TEST_P(KestrelctlUartBaud, IsWhatThePortIsSetTo) {
   EXPECT_THAT(Run({"0", "--baud", std::to_string(GetParam()), "--send", "/dev/null"}),
               Ends(0, "", ""));
-  const json ports = json::parse(board_.Board({"show", "--json"})).at("uart").at("ports");
-  EXPECT_EQ(ports.at(0).at("speed"), GetParam());
+  EXPECT_EQ(board_.Port(0).at("speed"), GetParam());
 }
 
 TEST_F(KestrelctlUart, SaysThatAnotherProgramHasThePort) {
@@ -215,6 +213,7 @@ TEST_F(KestrelctlUart, SaysThatTheDriverDoesNotTakeTheSettings) {
 TEST_F(KestrelctlUart, NamesTheFileThatCannotBeSent) {
   EXPECT_THAT(Run({"0", "--send", "/nowhere/f"}),
               Ends(1, "", "kestrelctl: /nowhere/f: ENOENT: No such file or directory\n"));
+  EXPECT_EQ(board_.Port(0).at("fresh"), true) << "no port is opened for a file that is not there";
   EXPECT_THAT(Run({"0", "--send", "/"}), Ends(1, "", "kestrelctl: /: EISDIR: Is a directory\n"));
 }
 
@@ -237,10 +236,7 @@ TEST_F(KestrelctlUart, IsNotHeldUpByAReceiverThatHasStopped) {
   BackgroundProgram sender(board_.Uart({"0", "--send", files_.Write("f", text)}));
   ASSERT_TRUE(board_.WaitUntilOpen(0));
   // Until its signals are what it waits for, one would end it as it ends every program.
-  const auto bytes_out = [this] {
-    const json ports = json::parse(board_.Board({"show", "--json"})).at("uart").at("ports");
-    return ports.at(0).at("out").get<uint64_t>();
-  };
+  const auto bytes_out = [this] { return board_.Port(0).at("out").get<uint64_t>(); };
   const auto deadline = Clock::now() + std::chrono::seconds(20);
   while (bytes_out() == 0 && Clock::now() < deadline) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -280,23 +276,6 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_P(KestrelctlUartFaults, AreAnsweredInOneLine) {
   EXPECT_THAT(Kestrelctl({"uart", "0", "--receive"}, {GetParam().fault}),
               Ends(1, "", "kestrelctl: UART 0: " + GetParam().answer + "\n"));
-}
-
-TEST(KestrelctlUartHangUp, EndsTheTransferAfterWhatHasCome) {
-  const BoardFolder folder;
-  const TemporaryDirectory folder_of_input;
-  ASSERT_EQ(RunProgram(folder.Board({"start", "gone", "--config", UART_BOARD_CONFIG})).status, 0);
-  const std::string input = folder_of_input.path() + "/input";
-  ASSERT_EQ(RunProgram({"mkfifo", input}).status, 0);
-  // Both ends of the pipe are this program's, so it never comes to an end.
-  const std::string line =
-      R"(exec 3<>"$1"; printf abc >&3; exec "$0" uart 2 --send "$1" --receive)";
-  BackgroundProgram talk(
-      folder.Board({"exec", "gone", "--", "bash", "-c", line, KESTRELCTL, input}));
-  ASSERT_TRUE(talk.WaitForOutput("abc"));
-  ASSERT_EQ(RunProgram(folder.Board({"stop", "gone"})).status, 0);
-  EXPECT_THAT(talk.Wait(),
-              Ends(1, "abc", "kestrelctl: UART 2: the port has hung up: sent 3 bytes\n"));
 }
 
 }  // namespace

@@ -101,6 +101,18 @@ TEST_F(KestrelctlWifiScan, ShowsTextOfOtherScriptsWhereTheLocaleHasThem) {
   EXPECT_THAT(shown, HasSubstr("  \"\\xff/\\xed\\xa0\\x80/\\xe2\\x9c\"\n"));
 }
 
+TEST_F(KestrelctlWifiScan, TellsANameOfAnotherEncodingByItsBytes) {
+  board_.Script(
+      Rule("SCAN", "OK\\n") +
+      Rule("SCAN_RESULTS", kListHeader + R"(02:00:00:00:00:0a\t2412\t-50\t[ESS]\tCaf\\xe9 Bar\n)"));
+  EXPECT_THAT(RunProgram(board_.Wifi({"scan"}, "C.UTF-8")).standard_output,
+              EndsWith(R"(  "Caf\xe9 Bar")"
+                       "\n"));
+  const json network = ByAddress(board_.Run({"scan", "--json"}).standard_output).at("0a");
+  EXPECT_EQ(network.at("ssid"), nullptr);
+  EXPECT_EQ(network.at("ssid_hex"), "436166e920426172");
+}
+
 class UnseenCharacter : public KestrelctlWifiScan,
                         public testing::WithParamInterface<const char*> {};
 

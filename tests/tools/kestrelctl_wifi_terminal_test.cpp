@@ -149,6 +149,18 @@ TEST_F(KestrelctlWifiTerminal, AsksBeforeItForgetsAllNetworks) {
   EXPECT_THAT(board_.Commands(), HasSubstr("REMOVE_NETWORK"));
 }
 
+TEST_F(KestrelctlWifiTerminal, CountsNetworksToForgetThatHaveNoName) {
+  board_.Script(
+      Rule("LIST_NETWORKS", R"(network id / ssid / bssid / flags\n0\tx\tany\t\n1\t\tany\t\n)") +
+      Rule("GET_NETWORK 0 ssid", R"(\"x\")") + Rule("GET_NETWORK 1 ssid", "-") +
+      Rule("GET_NETWORK ? key_mgmt", "NONE") + Rule("*_NETWORK ?", "OK\\n"));
+  TerminalProgram program(board_.Wifi({"forget", "--all"}));
+  ASSERT_TRUE(program.WaitForScreen("Forget all 2 stored networks? [y/N] "));
+  program.Type("y\n");
+  EXPECT_EQ(program.Wait(), 0);
+  EXPECT_THAT(program.screen(), EndsWith("\r\nforgot 2 networks\r\n"));
+}
+
 TEST_F(KestrelctlWifiTerminal, DoesNotAskWithoutNeed) {
   TerminalProgram none(board_.Wifi({"forget", "--all"}));
   EXPECT_EQ(none.Wait(), 0);

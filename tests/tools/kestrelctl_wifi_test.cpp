@@ -82,7 +82,7 @@ TEST_F(KestrelctlWifi, RefusesABadPassphraseBeforeTheDaemonHearsOfIt) {
   for (const std::string& passphrase :
        {std::string(), std::string("short 7"), std::string(64, 'x'), std::string(5000, 'x'),
         std::string("kestrel\x80lab"), std::string("kestrel\tlab"), std::string("kestrel-lab\n\n"),
-        std::string("kestrel-lab\0", 12)}) {
+        std::string("kestrel-lab\0", 12), std::string(63, 'x') + "\r\nx"}) {
     const std::string file = PassphraseFile(passphrase);
     EXPECT_THAT(board_.Run({"add", "Kestrel Lab", "--passphrase-file", file}),
                 Ends(1, "", kBadPassphrase))
@@ -96,6 +96,9 @@ TEST_F(KestrelctlWifi, TakesTheShortestAndTheLongestPassphrase) {
     const std::string file = PassphraseFile(std::string(size, '~') + "\n");
     EXPECT_EQ(board_.Run({"add", std::to_string(size), "--passphrase-file", file}).status, 0);
   }
+  EXPECT_EQ(board_.Run({"list"}).standard_output, kStoredListHeader +
+                                                      "wpa2      yes      no         \"8\"\n"
+                                                      "wpa2      yes      no         \"63\"\n");
 }
 
 TEST_F(KestrelctlWifi, TellsWhichPassphraseFileCannotBeRead) {
@@ -165,6 +168,15 @@ TEST_F(KestrelctlWifi, ForgetsTheNetworkOfThatNameAlone) {
   EXPECT_EQ(board_.Run({"list"}).standard_output, kStoredListHeader +
                                                       "open      yes      no         \"one\"\n"
                                                       "open      yes      no         \"three\"\n");
+}
+
+TEST_F(KestrelctlWifi, ListsANetworkWithoutANameAsHidden) {
+  board_.Script(Rule("LIST_NETWORKS", R"(network id / ssid / bssid / flags\n0\t\tany\t\n)") +
+                Rule("GET_NETWORK 0 ssid", R"(\"\")") + Rule("GET_NETWORK 0 key_mgmt", "NONE"));
+  EXPECT_THAT(board_.Run({"list"}),
+              Ends(0, kStoredListHeader + "open      yes      no         (hidden)\n", ""));
+  const json list = json::parse(board_.Run({"list", "--json"}).standard_output);
+  EXPECT_EQ(list.at("networks").at(0).at("ssid"), "");
 }
 
 TEST_F(KestrelctlWifi, DoesNotTakeTheBeginningOfAnOverlongNameForTheName) {

@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/run_program.h"
@@ -19,6 +21,19 @@ void PrintTo(const ProgramResult& result, std::ostream* stream);
 /// The program ended with `status` after printing exactly `output` and `error`.
 testing::Matcher<const ProgramResult&> Ends(int status, const std::string& output,
                                             const std::string& error);
+
+/// Asks again and again whether a condition holds; false when 20 seconds pass first.
+template <typename Condition>
+bool ComesTrue(const Condition& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return true;
+}
 
 /// Where the boards of a test lie, apart from those of the user. They must leave nothing in it.
 class BoardFolder {

@@ -3,14 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <nlohmann/json.hpp>
-#include <thread>
-
 namespace kestrel::test {
 
 using nlohmann::json;
-using Clock = std::chrono::steady_clock;
 
 Words UartBoard::Uart(const Words& arguments) const {
   Words command = {KESTRELCTL, "uart"};
@@ -18,16 +13,17 @@ Words UartBoard::Uart(const Words& arguments) const {
   return Exec(command);
 }
 
+json UartBoard::Port(int port) const {
+  const json ports = json::parse(Board({"show", "--json"})).at("uart").at("ports");
+  return ports.at(static_cast<size_t>(port));
+}
+
 bool UartBoard::WaitUntilOpen(int port) const {
-  const auto deadline = Clock::now() + std::chrono::seconds(20);
-  while (Clock::now() < deadline) {
-    const json ports = json::parse(Board({"show", "--json"})).at("uart").at("ports");
-    if (ports.at(static_cast<size_t>(port)).at("open").get<bool>()) {
-      return true;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return false;
+  return ComesTrue([&] { return Port(port).at("open").get<bool>(); });
+}
+
+bool UartBoard::WaitForBytesTo(int port, uint64_t count) const {
+  return ComesTrue([&] { return Port(port).at("in").get<uint64_t>() >= count; });
 }
 
 Words UartBoard::HoldOpen(int port) const {

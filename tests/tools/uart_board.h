@@ -2,6 +2,7 @@
 #ifndef KESTREL_TESTS_TOOLS_UART_BOARD_H
 #define KESTREL_TESTS_TOOLS_UART_BOARD_H
 
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "on_board.h"
@@ -15,8 +16,12 @@ class UartBoard : public SharedBoard {
 
   /// The command `kestrelctl uart ARGUMENT…` on this board.
   Words Uart(const Words& arguments) const;
+  /// What the board tells about a port.
+  nlohmann::json Port(int port) const;
   /// Waits until a program has the port open, for what comes to a closed port is lost.
   bool WaitUntilOpen(int port) const;
+  /// Waits until so many bytes have come to a port; false when 20 seconds pass first.
+  bool WaitForBytesTo(int port, uint64_t count) const;
   /// The command of a program that has the port open and takes nothing from it, until it is killed.
   Words HoldOpen(int port) const;
   /// Sends a text over a port, which must succeed.

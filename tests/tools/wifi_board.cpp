@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "wifi_board.h"
 
-#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -9,22 +8,6 @@
 namespace kestrel::test {
 
 using nlohmann::json;
-using Clock = std::chrono::steady_clock;
-
-namespace {
-
-template <typename Condition>
-bool ComesTrue(const Condition& condition) {
-  const auto deadline = Clock::now() + std::chrono::seconds(20);
-  while (Clock::now() < deadline) {
-    if (condition()) {
-      return true;
-    }
-  }
-  return false;
-}
-
-}  // namespace
 
 WifiConfigFile::WifiConfigFile(const std::string& config) {
   std::string text = config;
