@@ -35,13 +35,27 @@ class MissingTools : public testing::Test {
     return RunProgram(command, {{"PATH", path}, {"CC", ""}, {"CXX", ""}});
   }
 
-  /// A compiler that gives itself out for another version.
-  std::string CompilerOfVersion(int major) const {
-    std::string path = build_.path() + "/old-compiler";
-    std::ofstream(path) << "#!/bin/sh\nexec '" CXX_COMPILER "' -w -U__GNUC__ -D__GNUC__=" << major
-                        << " \"$@\"\n";
+  std::string Script(const std::string& name, const std::string& text) const {
+    std::string path = build_.path() + "/" + name;
+    std::ofstream(path) << "#!/bin/sh\n" << text << '\n';
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     return path;
+  }
+
+  /// A compiler that gives itself out for another version.
+  std::string CompilerOfVersion(int major) const {
+    return Script("old-compiler", "exec '" CXX_COMPILER "' -w -U__GNUC__ -D__GNUC__=" +
+                                      std::to_string(major) + " \"$@\"");
+  }
+
+  /// A PATH on which this machine's compilers stand for the target's, which not everybody has who
+  /// runs these tests.
+  std::string PathWithCrossCompilers() const {
+    const std::string options_of_all =
+        "for i do shift; case $i in -m*) ;; *) set -- \"$@\" \"$i\" ;; esac; done\n";
+    Script("arm-linux-gnueabihf-gcc", options_of_all + "exec '" C_COMPILER "' \"$@\"");
+    Script("arm-linux-gnueabihf-g++", options_of_all + "exec '" CXX_COMPILER "' \"$@\"");
+    return build_.path() + ":" + getenv("PATH");
   }
 
   kestrel::test::TemporaryDirectory build_;
@@ -91,11 +105,12 @@ TEST_F(MissingTools, NoSupplicantLibraryIsAnnouncedWithItsPackageAndTheWayWithou
 TEST_F(MissingTools, NoSupplicantLibraryOfTheTargetIsAnnouncedWithTheScriptThatFetchesIt) {
   const std::string root = build_.path() + "/root";
   std::filesystem::create_directory(root);
+  const std::string toolchain = KESTREL_SOURCE_DIR "/cmake/armhf.cmake";
   const std::vector<std::string> options = {
-      "-DCMAKE_TOOLCHAIN_FILE=" KESTREL_SOURCE_DIR "/cmake/armhf.cmake",
-      "-DKESTREL_TARGET_ROOT=" + root, "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_EASTL=std"};
+      "-DCMAKE_TOOLCHAIN_FILE=" + toolchain, "-DKESTREL_TARGET_ROOT=" + root,
+      "-DCMAKE_IGNORE_PATH=/usr/include", "-DKESTREL_BUILD_BOARD=OFF", "-DKESTREL_EASTL=std"};
   ExpectOneLine(
-      Configure(options, getenv("PATH")),
+      Configure(options, PathWithCrossCompilers()),
       "kestrel-wifi-relay needs libwpa_client for armhf: fetch it with " KESTREL_SOURCE_DIR
       "/scripts/debian_root " +
           root + " armhf libwpa-client-dev and configure with -DKESTREL_TARGET_ROOT=" + root +
@@ -109,7 +124,8 @@ TEST_F(MissingTools, EitherEmulatorOfTheTargetWillDo) {
     std::filesystem::create_symlink("/bin/true", tools + "/" + name);
     const ProgramResult found =
         RunProgram({CMAKE_PROGRAM, "-DTOOLS=" + tools, "-P",
-                    KESTREL_SOURCE_DIR "/tests/install/emulator_choice.cmake"});
+                    KESTREL_SOURCE_DIR "/tests/install/emulator_choice.cmake"},
+                   {{"PATH", PathWithCrossCompilers()}});
     EXPECT_EQ(found.standard_error, "emulator: " + tools + "/" + name + "\n");
   }
 }

@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -57,16 +58,19 @@ class CaughtSignal : public testing::Test {
 
 TEST_F(CaughtSignal, EndsAnExchangeAndTheConnectionDespiteSaRestart) {
   std::atomic<bool> has_ended{false};
-  AnsweringDaemon daemon([&, caller = pthread_self()](const std::string&) {
+  std::optional<AnsweringDaemon> daemon;
+  daemon.emplace([&, caller = pthread_self()](const std::string&) {
     while (!has_ended) {
       pthread_kill(caller, SIGUSR1);
       std::this_thread::sleep_for(kBetweenSignals);
     }
     return kStatus;
   });
-  context_.client->ipc->Adopt(daemon.client_end());
+  context_.client->ipc->Adopt(daemon->client_end());
   const Observed observed = Observe(GetCurrent);
   has_ended = true;
+  // Its end of the connection is a descriptor of this process as well.
+  daemon.reset();
   EXPECT_EQ(observed.error, EIO);
   EXPECT_EQ(observed.standard_error, FailureWith(EINTR));
   EXPECT_GT(g_caught, 0);
